@@ -1,0 +1,154 @@
+#include <CLI/Formatter.hpp>
+#include <CLI/Option.hpp>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "host/command_line.h"
+#include "host/fault_report.h"
+#include "host/input_file.h"
+#include "host/map_report.h"
+#include "host/marker_data.h"
+#include "host/populations.h"
+#include "host/text.h"
+
+namespace host {
+namespace {
+
+// What a check of one file comes to, for both ways of printing.
+struct Verdict {
+  std::string file, module, sentence;  // the sentence: summary of a good file, or why there is no check
+  ExitCode code = ExitCode::Good;
+  std::vector<Fault> faults;
+  std::string faultText;
+  nlohmann::json facts = nlohmann::json::object();
+};
+
+const ModuleRow& ModuleFor(const std::filesystem::path& path, const std::string& asked) {
+  const ModuleRow* row = asked.empty() ? ModuleOfExtension(path) : ModuleOfCode(asked);
+  if (row != nullptr && row->checked) return *row;
+  const std::string known = "; this version checks " + CheckedModules();
+  if (!asked.empty()) throw Failure{ExitCode::UsageWrong, "--module " + asked + " is not known" + known};
+  if (row != nullptr) {
+    throw Failure{ExitCode::InputWrong, path.string() + " is a " + std::string(row->code) +
+                                            " project file (" + std::string(row->kind) + ")" + known};
+  }
+  throw Failure{ExitCode::InputWrong, path.string() + ": the extension \"" + path.extension().string() +
+                                          "\" names no Module" + known + "; --module names one"};
+}
+
+void Refuse(const InputFile& file, const LoadResult& load, Verdict& verdict) {
+  verdict.code = ExitCode::InputWrong;
+  verdict.faults = FaultsOf(file, load.log);
+  verdict.faultText = FaultText(file, verdict.faults);
+}
+
+void CheckMapFile(const InputFile& file, bool quiet, Verdict& verdict) {
+  MapData data;
+  const LoadResult load = LoadMap(file, quiet, data);
+  if (!load.good) return Refuse(file, load, verdict);
+  verdict.sentence = Counted(data.numMarkers, "marker") + " x " + Counted(data.populationSize, "line") +
+                     ", population " + std::to_string(data.populationType) + " (" +
+                     PopulationName(data.populationType) + "), " +
+                     std::string(MapFunctionName(data.mappingFunction)) + ", missing " +
+                     Fixed(100 * MissingShare(data), 1) + " %";
+  verdict.facts = {
+      {"markers", data.numMarkers},
+      {"lines", data.populationSize},
+      {"population", {{"number", data.populationType}, {"name", PopulationName(data.populationType)}}},
+      {"map_function", MapFunctionName(data.mappingFunction)},
+      {"marker_space", data.markerSpaceType == 1 ? "intervals" : "positions"},
+      {"missing", MissingShare(data)},
+      {"distorted", DistortedMarkers(data)}};
+}
+
+void CheckBinFile(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
+  BinData data;
+  const LoadResult load = LoadBin(file, moduleCode, data);
+  if (!load.good) return Refuse(file, load, verdict);
+  double missing = 0;
+  for (float percent : data.missingPercent.view()) missing += percent;
+  missing /= 100.0 * data.numMarkers;
+  verdict.sentence = Counted(data.numMarkers, "marker") + ", missing " + Fixed(100 * missing, 1) + " %";
+  verdict.facts = {{"markers", data.numMarkers}, {"missing", missing}, {"module_code", moduleCode}};
+}
+
+Verdict CheckOne(const std::string& path, const CheckOptions& options) {
+  Verdict verdict;
+  verdict.file = path;
+  try {
+    const ModuleRow& module = ModuleFor(path, options.module);
+    verdict.module = module.code;
+    const InputFile file = OpenInput(path);
+    if (module.code == "BIN") {
+      CheckBinFile(file, options.moduleCode, verdict);
+    } else {
+      CheckMapFile(file, options.json, verdict);
+    }
+  } catch (const Failure& failure) {
+    if (failure.code == ExitCode::UsageWrong) throw;
+    verdict.code = failure.code;
+    verdict.sentence = failure.message;
+  }
+  return verdict;
+}
+
+void Print(const Verdict& verdict) {
+  if (verdict.code == ExitCode::Good) {
+    std::cout << verdict.file << ": good " << verdict.module << " file, " << verdict.sentence << '\n';
+  } else if (verdict.faults.empty()) {
+    std::cout.flush();
+    std::cerr << "tessarmont: " << verdict.sentence << '\n';
+  } else {
+    std::cout << verdict.faultText;
+  }
+}
+
+nlohmann::json Json(const Verdict& verdict) {
+  nlohmann::json json = verdict.facts;
+  json["file"] = verdict.file;
+  json["module"] = verdict.module.empty() ? nlohmann::json() : nlohmann::json(verdict.module);
+  json["good"] = verdict.code == ExitCode::Good;
+  json["exit_code"] = static_cast<int>(verdict.code);
+  if (verdict.code != ExitCode::Good && verdict.faults.empty()) json["error"] = verdict.sentence;
+  json["faults"] = nlohmann::json::array();
+  for (const Fault& fault : verdict.faults) {
+    json["faults"].push_back({{"report", fault.report}, {"lines", fault.lines}, {"hint", fault.hint}});
+  }
+  return json;
+}
+
+}  // namespace
+
+CLI::App* DeclareCheck(CLI::App& app, CheckOptions& options) {
+  CLI::App* check =
+      app.add_subcommand("check", "Reads project files and says what is wrong in them, and where");
+  check->add_option("FILE", options.files, "project files: " + CheckedModules())->required();
+  check->add_option("--module", options.module, "read every FILE as this Module instead of by extension");
+  check->add_option("--module-code", options.moduleCode, "rule set for BIN files")->capture_default_str();
+  check->add_flag("--json", options.json, "print one JSON object: files, each with its facts or faults");
+  check->footer(
+      "Example: prints a line for each good file, the report and its line number for a bad one\n"
+      "  tessarmont check examples/listeria.map examples/hyper.map");
+  return check;
+}
+
+ExitCode RunCheck(const CheckOptions& options) {
+  ExitCode worst = ExitCode::Good;
+  nlohmann::json files = nlohmann::json::array();
+  for (const std::string& path : options.files) {
+    const Verdict verdict = CheckOne(path, options);
+    worst = Worse(worst, verdict.code);
+    if (options.json) {
+      files.push_back(Json(verdict));
+    } else {
+      Print(verdict);
+    }
+  }
+  if (options.json) {
+    const nlohmann::json json{{"format", "tessarmont.check/1"}, {"files", files}};
+    std::cout << json.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+  }
+  return worst;
+}
+
+}  // namespace host

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace host {
+
+// Two markers are linked when LOD >= minLod and the frequency, folded to the lower half, is <= maxRec.
+struct LinkThresholds {
+  float minLod = 3.0F;
+  float maxRec = 0.3F;
+};
+
+struct MarkerGroup {
+  int32_t anchor = 0;            // number of the anchor group in it, 0 for none
+  std::vector<int32_t> markers;  // running numbers from 1, ascending
+};
+
+// Groups of markers, a partition of 1..n, in the order of their first marker.
+//
+// Markers with the same anchor number above 0 are one group, linked or not. The links then join groups, the
+// strongest first (highest LOD, then lowest frequency, then file order), and a link that would join two
+// different anchor groups is passed over. Without anchors these are the connected components of the links.
+std::vector<MarkerGroup> GroupMarkers(std::span<const int32_t> anchors, std::span<const float> rec,
+                                      std::span<const float> lod, const LinkThresholds& thresholds);
+
+}  // namespace host

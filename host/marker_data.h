@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/input_file.h"
+#include "host/shared_array.h"
+
+namespace host {
+
+// Place in a pair array of markers i and j, both from 1 and different: (2,1), (3,1), (3,2), (4,1), ...
+inline std::size_t PairPlace(int32_t i, int32_t j) {
+  const auto low = static_cast<std::size_t>(i < j ? i : j), high = static_cast<std::size_t>(i < j ? j : i);
+  return (high - 1) * (high - 2) / 2 + low - 1;
+}
+
+// What CHECKERRORMAP hands back. Marker arrays are reached by the marker's running number, from 1.
+struct MapData {
+  int32_t numMarkers = 0, populationType = 0, mappingFunction = 0, markerSpaceType = 0, populationSize = 0;
+  std::vector<std::string> names;
+  SharedArray<int32_t> anchor, countA, countH, countB, countX, category;
+  SharedArray<float> chi, segregationP;
+  SharedArray<float> rec, lod, crossovers, distance;  // by PairPlace
+
+  const std::string& Name(int32_t marker) const { return names[static_cast<std::size_t>(marker - 1)]; }
+  int32_t Anchor(int32_t marker) const { return anchor[static_cast<std::size_t>(marker - 1)]; }
+  int32_t Missing(int32_t marker) const { return countX[static_cast<std::size_t>(marker - 1)]; }
+  // Share of lines without a genotype, 0 to 1.
+  double MissingShare(int32_t marker) const {
+    return populationSize > 0 ? static_cast<double>(Missing(marker)) / populationSize : 0.0;
+  }
+  bool Tested(int32_t marker) const { return Missing(marker) < populationSize; }
+  float SegregationP(int32_t marker) const { return segregationP[static_cast<std::size_t>(marker - 1)]; }
+};
+
+// What CHECKERRORBIN hands back.
+struct BinData {
+  int32_t numMarkers = 0;
+  std::vector<std::string> names;
+  SharedArray<int32_t> anchor;
+  SharedArray<float> missingPercent;
+};
+
+struct LoadResult {
+  bool good = false;
+  std::vector<std::string> log;  // the library's own lines
+};
+
+// Pre-read, allocation and check of a file, each export in a child process. A file that is wrong comes back
+// in the result; memory that is not there and everything else throws Failure Other. `quiet` keeps the size
+// note and the progress line away from standard error.
+LoadResult LoadMap(const InputFile& file, bool quiet, MapData& data);
+LoadResult LoadBin(const InputFile& file, int32_t moduleCode, BinData& data);
+
+// Bytes that a check of a MAP file needs: four numbers a pair, a byte a genotype, and the file itself.
+double MapBytes(int32_t markers, double fileBytes, double cells);
+// Bytes that the machine can give now; the smaller of free memory and the limit of the control group.
+double AvailableBytes();
+
+}  // namespace host

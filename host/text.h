@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+std::string Fixed(double value, int decimals);
+// Four significant digits, exponent form where shorter: 0.01235, 3.2e-12.
+std::string Significant(double value);
+// The double nearest to the shortest decimal that reads back as this float: 0.2, not 0.20000000298.
+double Plain(float value);
+// "3.2 MB", in powers of 1000.
+std::string Bytes(double count);
+// "1 marker", "2 markers".
+std::string Counted(int64_t count, std::string_view noun);
+std::string Padded(std::string_view text, std::size_t width);
+std::string RightAligned(std::string_view text, std::size_t width);
+std::string_view WithoutTrailing(std::string_view text, std::string_view characters);
+
+// Lines at LF, a CR before it dropped; a last line without an end counts.
+std::vector<std::string_view> Lines(std::string_view text);
+
+}  // namespace host

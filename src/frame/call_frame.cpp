@@ -1,0 +1,164 @@
+#include "frame/call_frame.h"
+
+#include <algorithm>
+#include <string>
+
+#include "frame/call_words.h"
+#include "platform/console.h"
+#include "platform/unit.h"
+#include "project/loader.h"
+
+namespace frame {
+namespace {
+
+constexpr int32_t kReportedFailure = 100;
+constexpr std::string_view kReadText = " read successfully!";
+
+// The line of a form, made of parts that stand one behind the other.
+std::string Joined(Form form, std::string_view first, std::string_view second = {},
+                   std::string_view third = {}) {
+  std::string line = form == Form::Token ? " " : "";
+  return line.append(first).append(second).append(third);
+}
+
+void WriteLog(const Line& line) {
+  if (line.form != Form::None) {
+    platform::WriteRecord(project::kLogUnit, Joined(line.form, line.text));
+  }
+}
+
+void WriteOnConsole(const Line& line) {
+  if (line.form != Form::None) {
+    platform::WriteConsole(Joined(line.form, line.text));
+  }
+}
+
+// The header of a pre-read: three fields that nobody keeps, then the count, straight into the caller's place.
+bool ReadHeader(int32_t moduleCode, int32_t& numMarkers) {
+  project::ProjectHeader scratch;
+  int32_t status = 0;
+  for (const project::Field field : {project::Field::PopulationType, project::Field::MappingFunction,
+                                     project::Field::MarkerSpaceType, project::Field::NumMarkers}) {
+    int32_t& place = field == project::Field::NumMarkers ? numMarkers : project::FieldOf(scratch, field);
+    project::ReadField(moduleCode, project::kProjectUnit, project::kLogUnit, status, field, place);
+    if ((status & 1) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// One int32 a character: character c of name k at element (c-1)*stride + k.
+void Widen(std::string_view name, int32_t k, int32_t stride, int32_t* out) {
+  int32_t* place = out + (k - 1);
+  for (const char character : name) {
+    *place = static_cast<unsigned char>(character);
+    place += stride;
+  }
+}
+
+}  // namespace
+
+std::string_view FileText(const int32_t* length, const char* text) {
+  const std::string_view name(text, static_cast<std::size_t>(std::max(*length, 0)));
+  return name.substr(0, name.find_last_not_of(' ') + 1);
+}
+
+Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status) {
+  const CheckWords& words = WordsOf(kCheckWords, module);
+  Check check{module, fileName, platform::IsConnected(words.logName), false};
+  if (!check.logWasOpen) {
+    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
+  }
+  int32_t status = 0;
+  project::LoadModule(module, moduleCode, fileName, status);
+  if ((status & 1) != 0) {
+    check.failed = true;
+    *Status = kReportedFailure;
+    WriteLog(words.failureInLog);
+    WriteOnConsole(words.failureOnConsole);
+    if (words.failureClosesLog) {
+      platform::CloseUnit(project::kLogUnit);
+    }
+    CloseLog(check);
+    project::ReleaseStore(module);
+  }
+  return check;
+}
+
+void TellRead(const Check& check) {
+  const CheckWords& words = WordsOf(kCheckWords, check.module);
+  platform::WriteRecord(project::kLogUnit,
+                        Joined(words.readInLog.form, words.readInLog.text, check.fileName, kReadText));
+  if (words.readOnConsole.form != Form::None) {
+    platform::WriteConsole(
+        Joined(words.readOnConsole.form, words.readOnConsole.text, check.fileName, kReadText));
+  }
+}
+
+void TellRun(const Check& check) {
+  WriteLog(WordsOf(kCheckWords, check.module).runInLog);
+  WriteOnConsole(WordsOf(kCheckWords, check.module).runOnConsole);
+}
+
+void CloseLog(const Check& check) {
+  if (!check.logWasOpen) {
+    platform::CloseUnit(project::kLogUnit);
+  }
+}
+
+void PreRead(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* NumMarkers,
+             int32_t* Status) {
+  const PreReadWords& words = WordsOf(kPreReadWords, module);
+  platform::OpenUnit(project::kProjectUnit, fileName, platform::OpenStatus::Old);
+  const bool logWasOpen = platform::IsConnected(project::kLogUnit);
+  if (!logWasOpen) {
+    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
+  }
+  const bool good = ReadHeader(moduleCode, *NumMarkers);
+  platform::CloseUnit(project::kProjectUnit);
+  if (good) {
+    platform::WriteRecord(project::kLogUnit, words.run);
+  } else {
+    *Status = kReportedFailure;
+  }
+  if (!logWasOpen) {
+    platform::CloseUnit(project::kLogUnit);
+  }
+}
+
+int32_t MarkersToCopy(const project::ProjectBlock& block, int32_t callersMarkers) {
+  return std::min(block.Header.NumMarkers, callersMarkers);
+}
+
+void WidenNames(const project::ProjectBlock& block, int32_t callersMarkers, int32_t* names) {
+  for (int32_t m = 1; m <= MarkersToCopy(block, callersMarkers); ++m) {
+    Widen(project::MarkerNameAt(block, m), m, callersMarkers, names);
+  }
+}
+
+void WidenTraitNames(const std::vector<project::ShortName>& names, int32_t callersTraits, int32_t* out) {
+  int32_t t = 0;
+  for (const project::ShortName& name : names) {
+    if (++t <= callersTraits) {
+      Widen(project::Text(name), t, callersTraits, out);
+    }
+  }
+}
+
+void CopyAnchors(const project::ProjectBlock& block, int32_t callersMarkers, int32_t* anchors) {
+  std::copy_n(block.AnchorInfo.items.begin(), std::max(MarkersToCopy(block, callersMarkers), 0), anchors);
+}
+
+void PlainCheck(project::Module module, std::string_view fileName, int32_t* Status) {
+  const Check check = BeginCheck(module, project::RowOf(module).moduleCode, fileName, Status);
+  if (check.failed) {
+    return;
+  }
+  TellRead(check);
+  TellRun(check);
+  project::ReleaseStore(module);
+  CloseLog(check);
+}
+
+}  // namespace frame

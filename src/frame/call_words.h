@@ -1,0 +1,138 @@
+#pragma once
+
+// How a call ends, in words: a row for each export that reads a project file. Texts stand letter for letter.
+
+#include <array>
+#include <string_view>
+
+#include "project/modules.h"
+
+namespace frame {
+
+enum class Form {
+  None,   // the line is not written
+  Plain,  // the text
+  Token,  // the text behind one blank, as a list of items is written
+};
+
+struct Line {
+  Form form;
+  std::string_view text;
+};
+
+// A check: CHECKERROR*. The lines of a success are the file name and " read successfully!", then the run
+// line.
+struct CheckWords {
+  project::Module module;
+  std::string_view logName;
+  Line readInLog;      // text: what stands ahead of the file name
+  Line readOnConsole;  // likewise
+  Line runInLog;
+  Line runOnConsole;
+  Line failureInLog;
+  Line failureOnConsole;
+  bool failureClosesLog = false;  // also one that was open before the call
+};
+inline constexpr Line kNothing = {Form::None, ""};
+inline constexpr Line kPlain = {Form::Plain, ""};
+inline constexpr Line kToken = {Form::Token, ""};
+// Texts that look odd (the doubled r of the marker modules, the words of MET and SDL): required as they
+// stand.
+inline constexpr std::array<CheckWords, 9> kCheckWords = {{
+    {project::Module::Bip,
+     "BIP.log",
+     kPlain,
+     kToken,
+     {Form::Plain, " DLL CheckErrorBIP run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check BIP.log for details!"}},
+    {project::Module::Csl,
+     "CSL.log",
+     kPlain,
+     kToken,
+     {Form::Plain, " DLL CheckErrorCSL run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check CSL.log for details!"}},
+    {project::Module::Plq,
+     "PLQ.log",
+     kPlain,
+     kToken,
+     {Form::Plain, " DLL CheckErrorPLQ run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check PLQ.log for details!"}},
+    {project::Module::Cdq,
+     "CDQ.log",
+     kPlain,
+     kToken,
+     {Form::Plain, " DLL CheckErrorCDQ run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check CDQ.log for details!"}},
+    {project::Module::Nam,
+     "NAM.log",
+     kPlain,
+     kNothing,
+     {Form::Plain, " DLL CheckErrorNAM run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check NAM.log for details!"}},
+    {project::Module::Sdl,
+     "SDL.log",
+     {Form::Token, "  "},
+     {Form::Plain, "  "},
+     {Form::Plain, "--DLL CheckErrorSDL run successfully!"},
+     kNothing,
+     {Form::Token, "--Error in the input file!"},
+     {Form::Plain, "--Error in the input file. Please check SDL.log for details!"},
+     true},
+    {project::Module::Met,
+     "MET.log",
+     {Form::Token, "  "},
+     {Form::Token, " "},
+     {Form::Plain, "--DLL CheckErrorMET run successfully!"},
+     kNothing,
+     {Form::Token, "--Error in the input file!"},
+     {Form::Plain, "--Error in the input file. Please check MET.log for details!"}},
+    {project::Module::Bin,
+     "BIN.log",
+     kPlain,
+     kToken,
+     {Form::Plain, "--DLL CheckErrorBIN run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check BIN.log for details!"}},
+    {project::Module::Map,
+     "MAP.log",
+     kPlain,
+     kToken,
+     {Form::Plain, "  DLL CheckErrrorMAP run successfully!"},
+     {Form::Plain, "  DLL CheckErrrorMAP run successfully!"},
+     kNothing,
+     {Form::Token, "--Error found. Please check MAP.log for details!"}},
+}};
+
+// A pre-read: *FINDNUMMARKERS.
+struct PreReadWords {
+  project::Module module;
+  std::string_view logName, run;
+};
+inline constexpr std::array<PreReadWords, 4> kPreReadWords = {{
+    {project::Module::Bin, "BIN.log", "--DLL BINFindNumMarkers run successfully!"},
+    {project::Module::Map, "MAP.log", "--DLL MAPFindNumMarkers run successfully!"},
+    {project::Module::Cdm, "CDM.log", "--DLL CDMFindNumMarkers run successfully!"},
+    {project::Module::Plm, "PLM.log", "--DLL PLMFindNumMarkers run successfully!"},
+}};
+
+template <class Rows>
+constexpr const auto& WordsOf(const Rows& rows, project::Module module) {
+  std::size_t r = 0;
+  while (rows[r].module != module) {
+    ++r;
+  }
+  return rows[r];
+}
+
+}  // namespace frame

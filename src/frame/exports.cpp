@@ -1,0 +1,205 @@
+#include "frame/exports.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "frame/call_frame.h"
+#include "ordering/anchor_order.h"
+#include "ordering/driver.h"
+#include "platform/fatal.h"
+#include "project/genomic_selection.h"
+#include "recombination/pair_tables.h"
+#include "recombination/two_point.h"
+#include "results/project_writer.h"
+
+// Each export is a thin shell. What is thrown inside (memory that cannot be had) ends on the fatal path.
+
+using frame::FileText;
+using project::Module;
+
+extern "C" {
+
+void MAPFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                       int32_t* Status) noexcept try {
+  frame::PreRead(Module::Map, project::kHeaderOnlyCode, FileText(NameLength, FileName), NumMarkers, Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void PLMFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                       int32_t* Status) noexcept try {
+  frame::PreRead(Module::Plm, project::kMultiParentCode, FileText(NameLength, FileName), NumMarkers, Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CDMFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                       int32_t* Status) noexcept try {
+  frame::PreRead(Module::Cdm, project::kClonalCode, FileText(NameLength, FileName), NumMarkers, Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void BINFINDNUMMARKERS(const int32_t* ModuleCode, const int32_t* NameLength, const char* FileName,
+                       int32_t* NumMarkers, int32_t* Status) noexcept try {
+  frame::PreRead(Module::Bin, *ModuleCode, FileText(NameLength, FileName), NumMarkers, Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORBIP(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Bip, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORCDQ(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Cdq, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORCSL(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Csl, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORMET(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Met, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORNAM(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Nam, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORPLQ(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  frame::PlainCheck(Module::Plq, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORSDL(const int32_t* NameLength, const char* FileName, int32_t* Status) noexcept try {
+  *Status = 0;
+  frame::PlainCheck(Module::Sdl, FileText(NameLength, FileName), Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void GSFINDNUMTRAITS(const int32_t* NameLength, const char* FileName, int32_t* NumTraits,
+                     int32_t* Status) noexcept try {
+  if (!project::ReadSelectionTraits(FileText(NameLength, FileName), *NumTraits)) {
+    *Status = -1;
+  }
+} catch (...) {
+  platform::FatalException();
+}
+
+void GSFINDTRAITNAMEBPS(const int32_t* NameLength, const char* FileName, const int32_t* NumTraits,
+                        int32_t* TraitNames, int32_t* BreedingPopulationSize, int32_t* Status) noexcept try {
+  std::vector<project::ShortName> names;
+  if (!project::ReadSelectionNames(FileText(NameLength, FileName), names, *BreedingPopulationSize)) {
+    *Status = -1;
+    return;
+  }
+  frame::WidenTraitNames(names, *NumTraits, TraitNames);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORBIN(const int32_t* ModuleCode, const int32_t* NameLength, const char* FileName,
+                   const int32_t* NumMarkers, int32_t* Names, int32_t* AnchorInfo, float* MissingPercent,
+                   int32_t* Status) noexcept try {
+  const frame::Check check =
+      frame::BeginCheck(Module::Bin, *ModuleCode, FileText(NameLength, FileName), Status);
+  if (check.failed) {
+    return;
+  }
+  frame::TellRead(check);
+  frame::TellRun(check);
+  const project::ProjectBlock& block = project::Store(Module::Bin);
+  const auto size = static_cast<float>(block.Header.PopulationSize);
+  for (int32_t m = 1; m <= frame::MarkersToCopy(block, *NumMarkers); ++m) {
+    const std::string_view codes = project::GenotypesAt(block, m);
+    const auto missing = static_cast<float>(std::count(codes.begin(), codes.end(), 'X'));
+    MissingPercent[m - 1] = missing / size * 100.0F;
+  }
+  frame::CopyAnchors(block, *NumMarkers, AnchorInfo);
+  frame::WidenNames(block, *NumMarkers, Names);
+  project::ReleaseStore(Module::Bin);
+  frame::CloseLog(check);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORMAP(const int32_t* NameLength, const char* FileName, const int32_t* NumMarkers,
+                   int32_t* Status, int32_t* PopulationType, int32_t* MappingFunction,
+                   int32_t* MarkerSpaceType, int32_t* PopulationSize, int32_t* Names, int32_t* AnchorInfo,
+                   int32_t* CountA, int32_t* CountH, int32_t* CountB, int32_t* CountX,
+                   int32_t* MarkerCategory, float* SegregationChi, float* SegregationP, float* PairRec,
+                   float* PairLOD, float* PairCrossovers, float* PairDistance) noexcept try {
+  const frame::Check check =
+      frame::BeginCheck(Module::Map, project::kMapCode, FileText(NameLength, FileName), Status);
+  if (check.failed) {
+    return;
+  }
+  frame::TellRead(check);
+  const project::ProjectBlock& block = project::Store(Module::Map);
+  *PopulationType = block.Header.PopulationType;
+  *MappingFunction = block.Header.MappingFunction;
+  *MarkerSpaceType = block.Header.MarkerSpaceType;
+  *PopulationSize = block.Header.PopulationSize;
+  frame::WidenNames(block, *NumMarkers, Names);
+  frame::CopyAnchors(block, *NumMarkers, AnchorInfo);
+  const int32_t markers = std::max(frame::MarkersToCopy(block, *NumMarkers), 0);
+  std::copy_n(block.MarkerCategory.items.begin(), markers, MarkerCategory);
+  const recombination::Genotypes data{block.Header.PopulationType,       block.Header.MappingFunction,
+                                      block.Header.PopulationSize,       markers,
+                                      block.MarkerCategory.items.data(), block.Genotype.items.data()};
+  recombination::ComputeMarkerResults(data, {CountA, CountH, CountB, CountX, SegregationChi, SegregationP});
+  recombination::ComputePairTables(data, {PairRec, PairLOD, PairCrossovers, PairDistance});
+  frame::TellRun(check);
+  if (check.logWasOpen) {
+    return;  // the store stays allocated: required as it stands
+  }
+  frame::CloseLog(check);
+  project::ReleaseStore(Module::Map);
+} catch (...) {
+  platform::FatalException();
+}
+
+void TOOLTWOPOINTREC(const int32_t* Population, const int32_t* MarkerPair, const float* Table, float* Rec,
+                     float* StdErr, float* LOD, float* PValue, float* Haldane, float* Kosambi) noexcept try {
+  recombination::TwoPointRec(*Population, *MarkerPair, Table, *Rec, *StdErr, *LOD, *PValue, *Haldane,
+                             *Kosambi);
+} catch (...) {
+  platform::FatalException();
+}
+
+void MAPNNTWOOPT(const int32_t* n, const float* dist, int32_t* order) noexcept try {
+  ordering::NnTwoOpt(*n, dist, order);
+} catch (...) {
+  platform::FatalException();
+}
+
+void MAPBYANCHORORDER(const int32_t* n, const float* dist, int32_t* order) noexcept try {
+  ordering::InsertByAnchors(*n, dist, order);
+} catch (...) {
+  platform::FatalException();
+}
+
+void MAPOUTPUT(const int32_t* NameLength, const char* FileName, const int32_t* StemLength, const char* Stem,
+               const int32_t* NumMarkers, const int32_t* NumChromosomes, const char* ChromosomeName,
+               const int32_t* ChromosomeMarkers, const int32_t* Order, const float* Position) noexcept try {
+  results::WriteProjectFiles(
+      FileText(NameLength, FileName), FileText(StemLength, Stem),
+      {*NumMarkers, *NumChromosomes, ChromosomeName, ChromosomeMarkers, Order, Position});
+} catch (...) {
+  platform::FatalException();
+}
+
+}  // extern "C"

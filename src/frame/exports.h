@@ -1,0 +1,144 @@
+/* The door of libtessarmont: flat C functions with upper-case names.
+ *
+ * Every argument is passed by reference and there are no return values. Integers are int32, reals are IEEE
+ * single. Arrays are the caller's, filled from element 1, first index running fastest; the library never
+ * checks their size. N is NumMarkers as the caller passes it, P = N(N-1)/2 the number of pairs, in the order
+ * (2,1), (3,1), (3,2), (4,1), ...
+ *
+ * A file name is a length and as many characters; trailing blanks are cut, nothing is added. Project files
+ * that are wrong are told in the log of the module ("MAP.log", ... in the current directory) and by Status =
+ * 100, and then no out-array has been touched; on success Status is left alone, so set it to 0 before the
+ * call. A file that cannot be opened or written, or memory that cannot be had, ends the process with one line
+ * on standard error. Calls are not re-entrant: one thread at a time.
+ */
+#ifndef TESSARMONT_EXPORTS_H
+#define TESSARMONT_EXPORTS_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define TESSARMONT_EXPORT __declspec(dllexport)
+#else
+#define TESSARMONT_EXPORT __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+#define TESSARMONT_NOEXCEPT noexcept
+extern "C" {
+#else
+#define TESSARMONT_NOEXCEPT
+#endif
+
+/* Pre-reads: the number of markers that a project file declares, which the caller allocates for.
+ *   NumMarkers  out  int32  written as read, even when it is refused
+ *   Status      out  int32  100 when the header is wrong, else untouched
+ * BINFINDNUMMARKERS takes the rule set of its readers (ModuleCode) as first argument. */
+TESSARMONT_EXPORT void MAPFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                                         int32_t* Status) TESSARMONT_NOEXCEPT;
+TESSARMONT_EXPORT void PLMFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                                         int32_t* Status) TESSARMONT_NOEXCEPT;
+TESSARMONT_EXPORT void CDMFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* NumMarkers,
+                                         int32_t* Status) TESSARMONT_NOEXCEPT;
+TESSARMONT_EXPORT void BINFINDNUMMARKERS(const int32_t* ModuleCode, const int32_t* NameLength,
+                                         const char* FileName, int32_t* NumMarkers,
+                                         int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* Plain checks: a project file of a mapping engine is read up to its block of method parameters and told good
+ * or bad; nothing is handed back. CHECKERRORSDL sets Status to 0 on entry. */
+#define TESSARMONT_PLAIN_CHECK(NAME)                                                            \
+  TESSARMONT_EXPORT void NAME(const int32_t* NameLength, const char* FileName, int32_t* Status) \
+      TESSARMONT_NOEXCEPT
+TESSARMONT_PLAIN_CHECK(CHECKERRORBIP); /* bi-parental population: mapping or simulation */
+TESSARMONT_PLAIN_CHECK(CHECKERRORCDQ); /* clonal F1 and double cross, with traits */
+TESSARMONT_PLAIN_CHECK(CHECKERRORCSL); /* closed set of lines: mapping or simulation */
+TESSARMONT_PLAIN_CHECK(CHECKERRORMET); /* bi-parental population in several environments */
+TESSARMONT_PLAIN_CHECK(CHECKERRORNAM); /* nested families */
+TESSARMONT_PLAIN_CHECK(CHECKERRORPLQ); /* four and eight parents, with traits */
+TESSARMONT_PLAIN_CHECK(CHECKERRORSDL); /* segregation distortion */
+
+/* Pre-reads of genomic-selection files. Status is -1 on failure; reports go to "fort.100" in the current
+ * directory. NumTraits               int32          out of the first; in of the second, from the first
+ *   TraitNames              out  int32[19*NumTraits]  character c of trait t at element (c-1)*NumTraits + t
+ *   BreedingPopulationSize  out  int32
+ * Both write what they read of a count even when a later section fails. */
+TESSARMONT_EXPORT void GSFINDNUMTRAITS(const int32_t* NameLength, const char* FileName, int32_t* NumTraits,
+                                       int32_t* Status) TESSARMONT_NOEXCEPT;
+TESSARMONT_EXPORT void GSFINDTRAITNAMEBPS(const int32_t* NameLength, const char* FileName,
+                                          const int32_t* NumTraits, int32_t* TraitNames,
+                                          int32_t* BreedingPopulationSize,
+                                          int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* CHECKERRORBIN: reads and checks a file of markers for binning.
+ *   NumMarkers      in   int32        N, from BINFINDNUMMARKERS
+ *   Names           out  int32[35*N]  character c of marker m at element (c-1)*N + m
+ *   AnchorInfo      out  int32[N]     group of the marker, 0 for none
+ *   MissingPercent  out  real32[N]    share of missing genotypes, percent */
+TESSARMONT_EXPORT void CHECKERRORBIN(const int32_t* ModuleCode, const int32_t* NameLength,
+                                     const char* FileName, const int32_t* NumMarkers, int32_t* Names,
+                                     int32_t* AnchorInfo, float* MissingPercent,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* CHECKERRORMAP: reads a bi-parental population, tests each marker's segregation and estimates every pair.
+ *   NumMarkers       in   int32        N, from MAPFINDNUMMARKERS
+ *   PopulationType, MappingFunction, MarkerSpaceType, PopulationSize  out int32, as read
+ *   Names            out  int32[35*N]  character c of marker m at element (c-1)*N + m
+ *   AnchorInfo       out  int32[N]     group of the marker, 0 for none
+ *   CountA .. CountX out  int32[N]     individuals per genotype, dominance codes folded
+ *   MarkerCategory   out  int32[N]     1 co-dominant, 12 dominant, 10 recessive
+ *   SegregationChi, SegregationP  out real32[N]  chi-square test against the population's ratio
+ *   PairRec          out  real32[P]    recombination frequency, above 0.5 in repulsion
+ *   PairLOD          out  real32[P]    LOD score, not below 0
+ *   PairCrossovers   out  real32[P]    crossovers between the two markers over all individuals
+ *   PairDistance     out  real32[P]    centimorgans by MappingFunction, 1000 when unlinked */
+TESSARMONT_EXPORT void CHECKERRORMAP(const int32_t* NameLength, const char* FileName,
+                                     const int32_t* NumMarkers, int32_t* Status, int32_t* PopulationType,
+                                     int32_t* MappingFunction, int32_t* MarkerSpaceType,
+                                     int32_t* PopulationSize, int32_t* Names, int32_t* AnchorInfo,
+                                     int32_t* CountA, int32_t* CountH, int32_t* CountB, int32_t* CountX,
+                                     int32_t* MarkerCategory, float* SegregationChi, float* SegregationP,
+                                     float* PairRec, float* PairLOD, float* PairCrossovers,
+                                     float* PairDistance) TESSARMONT_NOEXCEPT;
+
+/* TOOLTWOPOINTREC: maximum-likelihood estimate of one table of genotype pairs. No file, no log.
+ *   Population  in   int32      1 to 20
+ *   MarkerPair  in   int32      classes of the two markers: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010
+ *   Table       in   real32[9]  cell 3*i + j, i the class of the first marker, j of the second (0 A, 1 H, 2
+ * B) Rec, StdErr, LOD, PValue  out real32 Haldane, Kosambi          out real32, centimorgans */
+TESSARMONT_EXPORT void TOOLTWOPOINTREC(const int32_t* Population, const int32_t* MarkerPair,
+                                       const float* Table, float* Rec, float* StdErr, float* LOD,
+                                       float* PValue, float* Haldane, float* Kosambi) TESSARMONT_NOEXCEPT;
+
+/* MAPNNTWOOPT: orders the markers of one linkage group along a path.
+ *   n      in   int32      number of markers, at least 1
+ *   dist   in   real32[P]  pair distances, not negative, P = n(n-1)/2
+ *   order  out  int32[n]   the path, a permutation of 1..n; its content on entry is not read
+ * Opens no file, writes no log, has no Status. */
+TESSARMONT_EXPORT void MAPNNTWOOPT(const int32_t* n, const float* dist, int32_t* order) TESSARMONT_NOEXCEPT;
+
+/* MAPBYANCHORORDER: fits markers into a trusted frame by greedy insertion.
+ *   n      in      int32      number of markers
+ *   dist   in      real32[P]  pair distances
+ *   order  in-out  int32[n]   on entry 1, 2, ..., k for the anchors, then 0; on return the order of all n */
+TESSARMONT_EXPORT void MAPBYANCHORORDER(const int32_t* n, const float* dist,
+                                        int32_t* order) TESSARMONT_NOEXCEPT;
+
+/* MAPOUTPUT: writes STEM.bip, STEM.met and STEM.sdl, the project files of the mapping engines, for a new map.
+ *   NameLength, FileName   in  the MAP project file
+ *   StemLength, Stem       in  path of the new files without extension
+ *   NumMarkers             in  int32        places on the new map
+ *   NumChromosomes         in  int32        C
+ *   ChromosomeName         in  bytes[19*C]  blank-padded fields
+ *   ChromosomeMarkers      in  int32[C]     places per chromosome
+ *   Order                  in  int32[NumMarkers]   running number in the file of the marker at each place
+ *   Position               in  real32[NumMarkers]  position or interval of each place
+ * Writes no log and has no Status; what the reader has to say goes to the default file of unit 100. */
+TESSARMONT_EXPORT void MAPOUTPUT(const int32_t* NameLength, const char* FileName, const int32_t* StemLength,
+                                 const char* Stem, const int32_t* NumMarkers, const int32_t* NumChromosomes,
+                                 const char* ChromosomeName, const int32_t* ChromosomeMarkers,
+                                 const int32_t* Order, const float* Position) TESSARMONT_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,197 @@
+#include "platform/unit.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "platform/fatal.h"
+
+namespace platform {
+namespace {
+
+using OutputFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+struct FileUnit {
+  std::string name;
+  std::string text;           // an input file, read at once; a record is a view into it
+  std::size_t next = 0;       // where the next read begins
+  bool pastEnd = false;       // a read has met the end of the file
+  bool flushRecords = false;  // a default file: nobody closes it, so each record is written out at once
+  OutputFile out{nullptr, &std::fclose};
+};
+
+// Process-wide: the unit table. Destroying it at the end of the process writes out what is still open.
+std::map<int32_t, FileUnit>& Units() {
+  static std::map<int32_t, FileUnit> units;
+  return units;
+}
+
+[[noreturn]] void FatalFile(const char* what, std::string_view name, const char* why) {
+  std::string line = what;
+  line += " '";
+  line += name;
+  line += "': ";
+  line += why;
+  Fatal(line);
+}
+
+bool IsSameFile(const std::string& first, const std::string& second) {
+  if (first == second) {
+    return true;
+  }
+  struct stat one = {};
+  struct stat two = {};
+  return stat(first.c_str(), &one) == 0 && stat(second.c_str(), &two) == 0 && one.st_dev == two.st_dev &&
+         one.st_ino == two.st_ino;
+}
+
+// The name as the file system takes it; a name with a NUL inside names no file.
+std::string SystemName(std::string_view name) {
+  if (name.find('\0') != std::string_view::npos) {
+    FatalFile("cannot open", name.substr(0, name.find('\0')), "its name holds a NUL character");
+  }
+  return std::string(name);
+}
+
+void ReadWhole(FileUnit& unit) {
+  struct stat status = {};
+  if (stat(unit.name.c_str(), &status) != 0) {
+    FatalFile("cannot open", unit.name, std::strerror(errno));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    FatalFile("cannot open", unit.name, "not a regular file");
+  }
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(unit.name.c_str(), "rb"),
+                                                             &std::fclose);
+  if (!file) {
+    FatalFile("cannot open", unit.name, std::strerror(errno));
+  }
+  unit.text.resize(static_cast<std::size_t>(status.st_size));
+  const std::size_t got = std::fread(unit.text.data(), 1, unit.text.size(), file.get());
+  if (std::ferror(file.get()) != 0) {
+    FatalFile("cannot read", unit.name, std::strerror(errno));
+  }
+  unit.text.resize(got);
+}
+
+void OpenForWriting(FileUnit& unit) {
+  unit.out.reset(std::fopen(unit.name.c_str(), "w"));
+  if (!unit.out) {
+    FatalFile("cannot write", unit.name, std::strerror(errno));
+  }
+}
+
+FileUnit& Connected(int32_t unit) {
+  const auto found = Units().find(unit);
+  if (found == Units().end()) {
+    Fatal("read from unit " + std::to_string(unit) + ", which has no file");
+  }
+  return found->second;
+}
+
+FileUnit& ConnectDefaultFile(int32_t number) {
+  FileUnit unit;
+  unit.name = "fort." + std::to_string(number);
+  unit.flushRecords = true;
+  OpenForWriting(unit);
+  return Units().emplace(number, std::move(unit)).first->second;
+}
+
+}  // namespace
+
+void OpenUnit(int32_t number, std::string_view name, OpenStatus status) {
+  CloseUnit(number);
+  FileUnit unit;
+  unit.name = SystemName(name);
+  for (const auto& [other, connected] : Units()) {
+    if (IsSameFile(connected.name, unit.name)) {
+      FatalFile("cannot open", name, "it is in use already");
+    }
+  }
+  if (status == OpenStatus::Old) {
+    ReadWhole(unit);
+  } else {
+    OpenForWriting(unit);
+  }
+  Units().emplace(number, std::move(unit));
+}
+
+void CloseUnit(int32_t number) {
+  const auto found = Units().find(number);
+  if (found == Units().end()) {
+    return;
+  }
+  FileUnit unit = std::move(found->second);
+  Units().erase(found);
+  if (unit.out && std::fclose(unit.out.release()) != 0) {
+    FatalFile("cannot write", unit.name, std::strerror(errno));
+  }
+}
+
+std::size_t BytesLeft(int32_t number) {
+  const FileUnit& unit = Connected(number);
+  return unit.text.size() - unit.next;
+}
+
+bool IsConnected(int32_t unit) { return Units().contains(unit); }
+
+bool IsConnected(std::string_view name) {
+  const std::string systemName = SystemName(name);
+  for (const auto& [number, unit] : Units()) {
+    if (IsSameFile(unit.name, systemName)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool ReadRecord(int32_t number, std::string_view& record) {
+  FileUnit& unit = Connected(number);
+  const std::string_view text = unit.text;
+  if (unit.next >= text.size()) {
+    unit.pastEnd = true;
+    return false;
+  }
+  const std::size_t end = text.find('\n', unit.next);
+  record = text.substr(unit.next, end == std::string_view::npos ? end : end - unit.next);
+  if (!record.empty() && record.back() == '\r') {
+    record.remove_suffix(1);
+  }
+  unit.next = end == std::string_view::npos ? text.size() : end + 1;
+  return true;
+}
+
+void StepBack(int32_t number) {
+  FileUnit& unit = Connected(number);
+  if (unit.pastEnd) {
+    unit.pastEnd = false;  // the end of the file is the record stepped over
+    return;
+  }
+  if (unit.next == 0) {
+    return;
+  }
+  // The record before `next` ends there; the line end before its own is where it begins.
+  const std::size_t before = unit.next < 2 ? std::string::npos : unit.text.rfind('\n', unit.next - 2);
+  unit.next = before == std::string::npos ? 0 : before + 1;
+}
+
+void WriteRecord(int32_t number, std::string_view record) {
+  const auto found = Units().find(number);
+  FileUnit& unit = found == Units().end() ? ConnectDefaultFile(number) : found->second;
+  if (!unit.out) {
+    FatalFile("cannot write", unit.name, "it is open for reading");
+  }
+  std::FILE* out = unit.out.get();
+  const bool written = std::fwrite(record.data(), 1, record.size(), out) == record.size() &&
+                       std::fputc('\n', out) != EOF && (!unit.flushRecords || std::fflush(out) == 0);
+  if (!written) {
+    FatalFile("cannot write", unit.name, std::strerror(errno));
+  }
+}
+
+}  // namespace platform

@@ -1,0 +1,162 @@
+#pragma once
+
+#include <cmath>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "recombination/map_functions.h"
+#include "stats/log_lanes.h"
+#include "stats/roots.h"
+
+// The estimators are written once, over a type R that is float or a vector of 4, 8 or 16 floats, one pair of
+// markers a lane. Every operation is correctly rounded, so that a pair has the same bits in any lane of any
+// width. Vectors of more than 4 lanes occur in the files of their instruction set only.
+namespace recombination {
+
+template <class R>
+inline constexpr bool kScalar = std::same_as<R, float>;
+
+template <class R>
+using Mask = decltype(std::declval<R>() < std::declval<R>());
+
+template <class R>
+inline constexpr int kLanes = static_cast<int>(sizeof(R) / sizeof(float));
+
+typedef float Float4 __attribute__((vector_size(16)));
+typedef float Float8 __attribute__((vector_size(32)));
+typedef float Float16 __attribute__((vector_size(64)));
+
+// Half the lanes of a vector, in float, in double, and the bits of these.
+template <int kLaneCount>
+struct HalfOf;
+template <>
+struct HalfOf<4> {
+  typedef float Floats __attribute__((vector_size(8)));
+  typedef double Doubles __attribute__((vector_size(16)));
+  typedef uint64_t Words __attribute__((vector_size(16)));
+};
+template <>
+struct HalfOf<8> {
+  typedef Float4 Floats;
+  typedef double Doubles __attribute__((vector_size(32)));
+  typedef uint64_t Words __attribute__((vector_size(32)));
+};
+template <>
+struct HalfOf<16> {
+  typedef Float8 Floats;
+  typedef double Doubles __attribute__((vector_size(64)));
+  typedef uint64_t Words __attribute__((vector_size(64)));
+};
+
+// The bytes of a vector as an array. A type of its own for each R, so that what works on it is never shared
+// between files of different instruction sets.
+template <class R, class T>
+struct LaneArray {
+  T value[sizeof(R) / sizeof(T)];
+};
+
+template <class R>
+inline R Splat(float value) {
+  return R{} + value;
+}
+
+template <class R>
+inline R Select(const Mask<R>& mask, const R& yes, const R& no) {
+  return mask ? yes : no;
+}
+
+template <class R>
+inline Mask<R> Not(const Mask<R>& mask) {
+  if constexpr (kScalar<R>) {
+    return !mask;
+  } else {
+    return ~mask;
+  }
+}
+
+template <class R>
+inline bool Any(const Mask<R>& mask) {
+  if constexpr (kScalar<R>) {
+    return mask;
+  } else {
+    const auto lanes = __builtin_bit_cast(LaneArray<R, uint64_t>, mask);
+    uint64_t all = 0;
+    for (const uint64_t word : lanes.value) all |= word;
+    return all != 0;
+  }
+}
+
+template <class R>
+inline Mask<R> IsNumber(const R& x) {
+  return (x < 0.0f) | (x >= 0.0f);
+}
+
+template <class R>
+inline R Abs(const R& x) {
+  return Select<R>(x < 0.0f, -x, x);
+}
+
+// Lane by lane through a function of one float.
+template <class R, class F>
+inline R EachLane(const R& x, F function) {
+  if constexpr (kScalar<R>) {
+    return function(x);
+  } else {
+    auto lanes = __builtin_bit_cast(LaneArray<R, float>, x);
+    for (float& value : lanes.value) value = function(value);
+    return __builtin_bit_cast(R, lanes);
+  }
+}
+template <class R>
+inline R Sqrt(const R& x) {
+  return EachLane<R>(x, [](float value) { return std::sqrt(value); });
+}
+template <class R>
+inline R Cbrt(const R& x) {
+  return EachLane<R>(x, [](float value) { return stats::CBRT(value); });
+}
+
+// Logarithm, common or natural, of positive lanes; other lanes get a value without meaning. A vector goes
+// through double in two halves.
+template <class R, bool kCommon>
+inline R LogOf(const R& x) {
+  if constexpr (kScalar<R>) {
+    double value;
+    stats::LogLanes<double, uint64_t>(static_cast<double>(x), value);
+    return static_cast<float>(kCommon ? value * stats::kLog10E : value);
+  } else {
+    using Floats = typename HalfOf<kLanes<R>>::Floats;
+    using Doubles = typename HalfOf<kLanes<R>>::Doubles;
+    using Words = typename HalfOf<kLanes<R>>::Words;
+    auto halves = __builtin_bit_cast(LaneArray<R, Floats>, x);
+    for (Floats& half : halves.value) {
+      Doubles value;
+      stats::LogLanes<Doubles, Words>(__builtin_convertvector(half, Doubles), value);
+      if constexpr (kCommon) value *= stats::kLog10E;
+      half = __builtin_convertvector(value, Floats);
+    }
+    return __builtin_bit_cast(R, halves);
+  }
+}
+
+// DistanceFromRec over lanes.
+template <class R>
+inline R DistanceOf(int32_t mapFunction, const R& rec) {
+  const R away = Abs<R>(0.5f - rec);
+  const R f = 0.5f - away;
+  R distance{};
+  if (mapFunction == kKosambi) {
+    distance = 25.0f * LogOf<R, false>((1.0f + f + f) / (1.0f - f - f));
+  } else if (mapFunction == kHaldane) {
+    distance = -50.0f * LogOf<R, false>(1.0f - f - f) + 0.0f;  // no negative zero
+  } else if (mapFunction == kMorgan) {
+    distance = 100.0f * f;
+  }
+  constexpr float kAtHalf = 1e-8f;  // a frequency this near to 0.5, or not a number, is unlinked
+  const Mask<R> linked = (rec >= 0.0f) & (rec <= 1.0f) & (away > kAtHalf);
+  return Select<R>(linked, distance, Splat<R>(kUnlinkedDistance));
+}
+
+}  // namespace recombination

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace recombination {
+
+inline constexpr size_t kMostLanes = 16;
+
+// Many tables of one selfing population and one known pair code, at once.
+struct LaneJob {
+  int32_t population, pairCode, mappingFunction;
+  const float* cells;  // cell k of table t at cells[k * stride + t]
+  size_t stride;
+  size_t count;  // rounded up to kMostLanes by the routines: room and readable cells must be there
+  float* rec;
+  float* lod;       // not below 0
+  float* distance;  // centimorgans
+};
+
+// One routine an instruction set, the same results from each. Empty tables get 0.5, 0 and 1000.
+void EstimatePortable(const LaneJob& job);
+#if defined(__x86_64__)
+void EstimateAvx2(const LaneJob& job);
+void EstimateAvx512(const LaneJob& job);
+#endif
+
+}  // namespace recombination

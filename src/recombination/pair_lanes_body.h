@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstring>
+
+#include "recombination/pair_lanes.h"
+#include "recombination/selfing_estimator.h"
+
+namespace recombination {
+
+template <class R>
+inline R Load(const float* from) {
+  R value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+template <class R>
+inline void Store(float* to, const R& value) {
+  std::memcpy(to, &value, sizeof value);
+}
+
+template <class R, int32_t kPopulation, size_t kIndex>
+void EstimateModel(const LaneJob& job) {
+  for (size_t at = 0; at < job.count; at += kLanes<R>) {
+    R table[9];
+    R n{};
+    for (size_t k = 0; k < 9; ++k) {
+      table[k] = Load<R>(job.cells + k * job.stride + at);
+      n = n + table[k];
+    }
+    R rec, lod;
+    BothPhases<R, kPopulation, kIndex>(table, n, rec, lod);
+    const Mask<R> seen = n > 0.0f;
+    rec = Select<R>(seen, rec, Splat<R>(0.5f));
+    lod = Select<R>(seen & Not<R>(lod < 0.0f), lod, R{});
+    Store<R>(job.rec + at, rec);
+    Store<R>(job.lod + at, lod);
+    Store<R>(job.distance + at, DistanceOf<R>(job.mappingFunction, rec));
+  }
+}
+
+template <class R>
+void Estimate(const LaneJob& job) {
+  WithModel(job.population, job.pairCode, [&job](auto known, auto index) {
+    EstimateModel<R, decltype(known)::value, decltype(index)::value>(job);
+  });
+}
+
+}  // namespace recombination

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+namespace stats {
+
+// Prints " *** TERMINAL ERROR 5 from ROUTINE.  MESSAGE" on standard error.
+void PrintTerminalError(std::string_view routine, std::string_view message);
+
+// Prints that line and ends the process with a non-zero status. Callers hold to the preconditions of the
+// kernels; none of them examines an error state.
+[[noreturn]] void TerminalError(std::string_view routine, std::string_view message);
+
+}  // namespace stats
