@@ -1,13 +1,13 @@
 # Sourced by the two commands at the root.
 
-# need PACKAGE[:FILE]... installs the Debian packages whose command or file is missing; as root, or with sudo.
+# need PACKAGE[:FILE]... installs the Debian packages whose command or file (a pattern) is missing; as root, or with sudo.
 need() {
   local missing=() item package witness
   for item in "$@"; do
     package=${item%%:*}
     witness=${item#*:}
     case $witness in
-      /*) [ -e "$witness" ] || missing+=("$package") ;;
+      /*) compgen -G "$witness" >/dev/null || missing+=("$package") ;;
       *) command -v "$witness" >/dev/null 2>&1 || missing+=("$package") ;;
     esac
   done

@@ -15,7 +15,7 @@ namespace project {
 
 inline constexpr int32_t kCallersCode = 0;  // BIN takes its rule set from the caller
 
-enum class Module { Bip, Met, Nam, Csl, Sdl, Bin, Map, Cdm, Cdq, Plm, Plq };
+enum class Module { Bip, Met, Nam, Csl, Sdl, Bin, Map, Cmp, Cdm, Cdq, Plm, Plq };
 
 enum class Section {
   Header,       // one field
@@ -104,7 +104,14 @@ inline constexpr Step kBinSteps[] = {
     Field::PopulationSize, Section::MarkerTypes,   Section::Anchors,       Section::BinWork,
 };
 
-inline constexpr std::array<ModuleRow, 11> kModules = {{
+inline constexpr Step kCmpSteps[] = {
+    Field::MarkerSpaceType,
+    Field::MarkerSpaceUnit,
+    Field::NumChromosomes,  // the number of maps
+    Section::Chromosomes,
+};
+
+inline constexpr std::array<ModuleRow, 12> kModules = {{
     // in the order of enum Module
     {"BIP", 105, kBipSteps},
     {"MET", 106, kMetSteps},
@@ -113,6 +120,7 @@ inline constexpr std::array<ModuleRow, 11> kModules = {{
     {"SDL", 104, kSdlSteps},
     {"BIN", kCallersCode, kBinSteps},
     {"MAP", kMapCode, kMarkerSteps},
+    {"CMP", kConsensusCode, kCmpSteps},
     {"CDM", kClonalCode, kMarkerSteps},
     {"CDQ", kClonalCode, kTraitSteps},
     {"PLM", kMultiParentCode, kMarkerSteps},
