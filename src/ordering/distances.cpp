@@ -6,7 +6,7 @@
 namespace ordering {
 namespace {
 
-constexpr std::int32_t kListed = 24;
+constexpr std::int32_t kListed = 64;
 constexpr std::int64_t kTile = 64;  // a tile of 64 x 64 floats and its mirror image fit the first cache
 
 void FillDense(std::int64_t n, const float* dist, float* dense) {

@@ -68,8 +68,8 @@ template <class Rows>
 bool Improve(const Rows& rows, const Distances& d, const MethodRow& method, City* tour, Tour& work,
              std::vector<SeenTours>& seen) {
   for (int step = 0; step < method.count; ++step) {
-    SeenTours* known = seen.empty() ? nullptr : &seen[static_cast<std::size_t>(step)];
-    if (!RunKernel(rows, d, method.kernels[step], tour, work, known)) return false;
+    if (!RunKernel(rows, d, method.kernels[step], tour, work, seen[static_cast<std::size_t>(step)]))
+      return false;
   }
   return true;
 }
@@ -81,8 +81,7 @@ void BestTour(const Rows& rows, const Distances& d, const std::vector<City>& sta
               City* order) {
   std::vector<City> tour(static_cast<std::size_t>(d.n));
   std::vector<std::int32_t> place(static_cast<std::size_t>(d.n) + 1);
-  std::vector<SeenTours> seen;
-  if (starts.size() > 1) seen.assign(2, EmptySeenTours(d.n));
+  std::vector<SeenTours> seen(2, EmptySeenTours(d.n));  // by step of the kernel sequence
   Tour work;
   std::iota(order, order + d.n, 1);
   float best = std::numeric_limits<float>::infinity();

@@ -1,12 +1,17 @@
 #include "ordering/path_search.h"
 
 #include <algorithm>
-#include <span>
+#include <utility>
 
 #include "ordering/gains.h"
 
 namespace ordering {
 namespace {
+
+struct Scratch {
+  std::vector<City> city;
+  std::vector<float> length;
+};
 
 template <class Rows>
 struct Search {
@@ -19,7 +24,7 @@ struct Search {
   std::uint64_t key = 0;  // of the best so far; 0 is never undercut
   Move move;
   float marginA = 0, marginB = 0;
-  std::vector<City> within1, within2;  // scratch of Within, by depth
+  Scratch within1, within2;  // scratch of Within, by depth
 
   float BoundA() const { return best - marginA; }
   float BoundB() const { return best - marginB; }
@@ -89,23 +94,38 @@ void TryTriple(Search<Rows>& s, std::int32_t p, std::int32_t q, std::int32_t r) 
   }
 }
 
-// The cities other than c that are nearer to it than the limit.
+// Cities with their distances from one; all that are nearer than the limit asked for are among them. A walk
+// through a list in order of the distance ends at the first that is not nearer.
+struct NearCities {
+  const City* city;
+  const float* length;
+  std::int32_t count;
+};
 template <class Rows>
-std::span<const City> Within(const Search<Rows>& s, City c, float limit, std::vector<City>& scratch) {
-  if (limit <= s.d.reach[c]) {
-    const float* length = s.d.NearLength(c);
-    std::int32_t count = 0;
-    while (count < s.d.listed && length[count] < limit) ++count;
-    return {s.d.Near(c), static_cast<std::size_t>(count)};
-  }
-  scratch.resize(static_cast<std::size_t>(s.tour.n));
-  std::size_t count = 0;
+NearCities Within(const Search<Rows>& s, City c, float limit, Scratch& scratch) {
+  if (limit <= s.d.reach[c]) return {s.d.Near(c), s.d.NearLength(c), s.d.listed};
+  scratch.city.resize(static_cast<std::size_t>(s.tour.n));
+  scratch.length.resize(static_cast<std::size_t>(s.tour.n));
+  std::int32_t count = 0;
   for (City other = 1; other <= s.tour.n; ++other) {
     if (other == c) continue;
-    scratch[count] = other;
-    count += s.rows(c, other) < limit ? 1 : 0;
+    const float length = s.rows(c, other);
+    scratch.city[count] = other;
+    scratch.length[count] = length;
+    count += length < limit ? 1 : 0;
   }
-  return {scratch.data(), count};
+  return {scratch.city.data(), scratch.length.data(), count};
+}
+
+bool IsTop(const TopEdges& top, std::int32_t p) {
+  return p == top.place[1] || p == top.place[2] || p == top.place[3] || p == top.place[4];
+}
+
+// Whether an added edge at p can be so short that p starts a ring of `count` removed edges in case A.
+template <class Rows>
+bool MayGain(const Search<Rows>& s, std::int32_t p, int count) {
+  const float nearest = std::min(s.Nearest(s.tour.city[p]), s.Nearest(s.tour.city[p + 1]));
+  return nearest < s.tour.edge[p] - s.BoundA() / static_cast<float>(count);
 }
 
 // Case A of two edges, p the one that is longer than its added edge: the added edge joins the front cities
@@ -113,16 +133,22 @@ std::span<const City> Within(const Search<Rows>& s, City c, float limit, std::ve
 template <class Rows>
 void PairsFrom(Search<Rows>& s, std::int32_t p) {
   const auto& city = s.tour.city;
-  const float limit = s.Weight(p) - s.BoundA() / 2;
-  if (s.Nearest(city[p]) < limit) {
-    for (const City c : Within(s, city[p], limit, s.within1)) {
-      if (s.tour.at[c] > p + 1) TryPair(s, p, s.tour.at[c]);
+  const City a = city[p], b = city[p + 1];
+  const float weight = s.Weight(p), limit = weight - s.BoundA() / 2;
+  if (s.Nearest(a) < limit) {
+    const NearCities near = Within(s, a, limit, s.within1);
+    for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
+      const std::int32_t q = s.tour.at[near.city[m]];
+      if (q <= p + 1) continue;
+      if (weight - near.length[m] + s.Weight(q) - s.rows(b, city[q + 1]) > s.BoundA()) TryPair(s, p, q);
     }
   }
-  if (s.Nearest(city[p + 1]) < limit) {
-    for (const City b : Within(s, city[p + 1], limit, s.within1)) {
-      const std::int32_t q = s.tour.at[b] - 1;
-      if (q >= 1 && q < p) TryPair(s, p, q);
+  if (s.Nearest(b) < limit) {
+    const NearCities near = Within(s, b, limit, s.within1);
+    for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
+      const std::int32_t q = s.tour.at[near.city[m]] - 1;
+      if (q < 1 || q + 1 >= p) continue;
+      if (weight - near.length[m] + s.Weight(q) - s.rows(a, city[q]) > s.BoundA()) TryPair(s, q, p);
     }
   }
 }
@@ -132,9 +158,15 @@ template <class Rows>
 void PairsWithLongest(Search<Rows>& s) {
   const std::int32_t p = s.top.place[1];
   const float limit = s.top.length[2] - s.BoundB();
-  for (const City c : Within(s, s.tour.city[p], limit, s.within1)) TryPair(s, p, s.tour.at[c]);
-  for (const City c : Within(s, s.tour.city[p + 1], limit, s.within1)) {
-    TryPair(s, p, s.tour.at[c] == 1 ? s.tour.n : s.tour.at[c] - 1);
+  for (const bool rear : {false, true}) {
+    const City from = s.tour.city[rear ? p + 1 : p];
+    if (!(s.Nearest(from) < limit)) continue;
+    const NearCities near = Within(s, from, limit, s.within1);
+    for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
+      const std::int32_t at = s.tour.at[near.city[m]];
+      const std::int32_t q = !rear ? at : at == 1 ? s.tour.n : at - 1;
+      if (s.tour.edge[q] - near.length[m] > s.BoundB()) TryPair(s, p, q);
+    }
   }
 }
 
@@ -183,8 +215,10 @@ void TriplesFrom(Search<Rows>& s, Start first, Start second, City from, float ga
   const std::int32_t span = (second.place - first.place + n) % n;
   const float limit = gained - s.BoundA() * (2.0F / 3);
   if (!(s.Nearest(from) < limit)) return;
-  for (const City to : Within(s, from, limit, s.within2)) {
-    const float left = gained - s.rows(from, to);
+  const NearCities near = Within(s, from, limit, s.within2);
+  for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
+    const City to = near.city[m];
+    const float left = gained - near.length[m];
     const std::int32_t at = s.tour.at[to];
     for (int backward = 0; backward < (first.forward && second.forward ? 2 : 1); ++backward) {
       const std::int32_t place = backward == 0 ? at : (at == 1 ? n : at - 1);
@@ -206,8 +240,10 @@ void TriplesFrom(Search<Rows>& s, Start first) {
   const City from = first.forward ? city[first.place + 1] : city[first.place];
   const float limit = s.Weight(first.place) - s.BoundA() / 3;
   if (!(s.Nearest(from) < limit)) return;
-  for (const City to : Within(s, from, limit, s.within1)) {
-    const float gained = s.Weight(first.place) - s.rows(from, to);
+  const NearCities near = Within(s, from, limit, s.within1);
+  for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
+    const City to = near.city[m];
+    const float gained = s.Weight(first.place) - near.length[m];
     const std::int32_t at = s.tour.at[to];
     if (const Start second{at, true}; !Touch(n, first.place, at)) {
       TriplesFrom(s, first, second, city[at + 1], gained + s.Weight(at));
@@ -217,6 +253,12 @@ void TriplesFrom(Search<Rows>& s, Start first) {
       TriplesFrom(s, first, second, city[before], gained + s.Weight(before));
     }
   }
+}
+
+template <class Rows>
+void TriplesFrom(Search<Rows>& s, std::int32_t p) {
+  TriplesFrom(s, Start{p, true});
+  TriplesFrom(s, Start{p, false});
 }
 
 // Case B of three edges, the longest edge being one of them: of the two added edges that count, one joins the
@@ -274,20 +316,19 @@ Move SearchPathMove(const Rows& rows, const Distances& d, const Tour& tour, bool
   constexpr float kRounding = 2 * 0x1p-24F;
   s.marginA = kRounding * (6 * s.top.length[1] + 9 * s.top.length[2]);
   s.marginB = kRounding * (7 * d.longest + 21 * s.top.length[1]);
-  for (int slot = 1; slot <= 4; ++slot) PairsFrom(s, s.top.place[slot]);  // a good gain early prunes the rest
+  // The longest edges first: a good gain early prunes the rest.
+  for (int slot = 1; slot <= 4; ++slot) PairsFrom(s, s.top.place[slot]);
   PairsWithLongest(s);
   PairsBesideLongest(s);
-  for (std::int32_t p = 1; p <= tour.n; ++p) PairsFrom(s, p);
+  for (std::int32_t p = 1; p <= tour.n; ++p) {
+    if (MayGain(s, p, 2) && !IsTop(s.top, p)) PairsFrom(s, p);
+  }
   if (!three) return s.move;
   TriplesWithLongest(s);
   TriplesBesideLongest(s);
-  for (int slot = 1; slot <= 4; ++slot) {
-    TriplesFrom(s, Start{s.top.place[slot], true});
-    TriplesFrom(s, Start{s.top.place[slot], false});
-  }
+  for (int slot = 1; slot <= 4; ++slot) TriplesFrom(s, s.top.place[slot]);
   for (std::int32_t p = 1; p <= tour.n; ++p) {
-    TriplesFrom(s, Start{p, true});
-    TriplesFrom(s, Start{p, false});
+    if (MayGain(s, p, 3) && !IsTop(s.top, p)) TriplesFrom(s, p);
   }
   return s.move;
 }

@@ -1,6 +1,7 @@
 #include "ordering/tour_kernels.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "ordering/path_search.h"
 
@@ -41,10 +42,11 @@ void RunAlone(std::int32_t n, const float* dist, City* tour, Kernel kernel) {
   if (n < 2) return;
   const Distances d = PrepareDistances(n, dist);
   Tour work;
+  SeenTours seen = EmptySeenTours(n);
   if (d.dense.empty()) {
-    RunKernel(TriangleRows{dist}, d, kernel, tour, work, nullptr);
+    RunKernel(TriangleRows{dist}, d, kernel, tour, work, seen);
   } else {
-    RunKernel(DenseRows{d.dense.data(), static_cast<std::size_t>(n)}, d, kernel, tour, work, nullptr);
+    RunKernel(DenseRows{d.dense.data(), static_cast<std::size_t>(n)}, d, kernel, tour, work, seen);
   }
 }
 
@@ -61,30 +63,40 @@ SeenTours EmptySeenTours(std::int32_t n) {
 }
 
 template <class Rows>
-bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, Tour& work, SeenTours* seen) {
+bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, Tour& work, SeenTours& seen) {
   float length = kernel.judge == Judge::Exact ? PathLength(rows, d.n, tour) : 0;
   LoadTour(rows, d.n, tour, work);
-  const std::int64_t limit = kMovesPerCity * d.n;
-  std::int64_t moves = 0;
-  // The limit counts the moves of one run, so only runs that stay far from it may stand for one another; and an
-  // exact kernel goes by its rounded length, too.
-  if (kernel.judge == Judge::Exact) seen = nullptr;
-  const auto remembers = [&] { return seen != nullptr && moves < limit / 2; };
-  if (seen != nullptr) seen->passed.clear();
+  const std::int64_t allowed = kMovesPerCity * d.n;
+  std::int64_t limit = allowed, marked = 0, moves = 0;
+  TourHash mark{0, 0};  // the tour after `marked` moves, a power of two
+  bool circles = false;
+  // The limit counts the moves of one run, so only runs that stay far from it may stand for one another; and
+  // an exact kernel starts from a length that is rounded in the order of the given tour.
+  const bool remembers = kernel.judge != Judge::Exact;
+  seen.passed.clear();
   for (; moves < limit; ++moves) {
-    if (remembers()) {
-      const TourHash hash = HashOf(*seen, work);
-      const bool met = seen->seen.contains(hash);
-      if (met) seen->seen.insert(seen->passed.begin(), seen->passed.end());
+    const TourHash hash = HashOf(seen, work);
+    if (remembers && moves < allowed / 2 && !circles) {
+      const bool met = seen.seen.contains(hash);
+      if (met) seen.seen.insert(seen.passed.begin(), seen.passed.end());
       if (met) return false;
-      seen->passed.push_back(hash);
+      seen.passed.push_back(hash);
+    }
+    if (!circles && marked > 0 && hash == mark) {  // moves repeat for ever: leave out whole rounds
+      circles = true;
+      limit = moves + (allowed - moves) % (moves - marked);
+      if (moves == limit) break;
+    }
+    if (!circles && std::has_single_bit(static_cast<std::uint64_t>(moves))) {
+      mark = hash;
+      marked = moves;
     }
     const Move move = BestMove(rows, d, kernel, work, length);
     if (!(move.gain > kSmallestGain)) break;
     ApplyMove(rows, move, work);
     length = move.pathLength;
   }
-  if (remembers()) seen->seen.insert(seen->passed.begin(), seen->passed.end());
+  if (remembers && moves < allowed / 2 && !circles) seen.seen.insert(seen.passed.begin(), seen.passed.end());
   std::copy_n(work.city.begin() + 1, d.n, tour);
   return true;
 }
@@ -108,7 +120,7 @@ void ThreeOptPath(std::int32_t n, const float* dist, City* tour) {
   RunAlone(n, dist, tour, {Judge::Path, true});
 }
 
-template bool RunKernel(const DenseRows&, const Distances&, Kernel, City*, Tour&, SeenTours*);
-template bool RunKernel(const TriangleRows&, const Distances&, Kernel, City*, Tour&, SeenTours*);
+template bool RunKernel(const DenseRows&, const Distances&, Kernel, City*, Tour&, SeenTours&);
+template bool RunKernel(const TriangleRows&, const Distances&, Kernel, City*, Tour&, SeenTours&);
 
 }  // namespace ordering

@@ -46,6 +46,6 @@ SeenTours EmptySeenTours(std::int32_t n);
 // Runs the kernel on tour[n]; `work` is scratch. Returns false, the tour left as it was, if it meets a tour
 // of `seen` (which may be null).
 template <class Rows>
-bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, Tour& work, SeenTours* seen);
+bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, Tour& work, SeenTours& seen);
 
 }  // namespace ordering
