@@ -1,5 +1,6 @@
 // Pair tables: the library beside the plain loop, one process, one input, answers compared to the bit first.
-// pairs_bench [all] [LEVEL]: the standard crosses, or every kind; LEVEL 0 to 3 forces an instruction set.
+// pairs_bench [all | NAME] [LEVEL]: the standard crosses, every kind, or those whose name starts with NAME;
+// LEVEL 0 to 3 forces an instruction set.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -95,16 +96,17 @@ void RunCase(const Case& one, Level level) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  bool all = false;
+  std::string_view kind = "standard";
   Level level = recombination::BestLevel();
   for (int k = 1; k < argc; ++k) {
-    if (std::string_view(argv[k]) == "all") {
-      all = true;
-    } else {
+    if (argv[k][0] >= '0' && argv[k][0] <= '9') {
       level = static_cast<Level>(std::strtol(argv[k], nullptr, 10));
+    } else {
+      kind = argv[k];
     }
   }
   for (const Case& one : kCases) {
-    if (all || one.standard) RunCase(one, level);
+    const bool named = std::string_view(one.name).starts_with(kind);
+    if (kind == "standard" ? one.standard : kind == "all" || named) RunCase(one, level);
   }
 }

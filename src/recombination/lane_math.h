@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <utility>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include "recombination/map_functions.h"
 #include "stats/log_lanes.h"
 #include "stats/roots.h"
@@ -98,24 +102,27 @@ inline R Abs(const R& x) {
   return Select<R>(x < 0.0f, -x, x);
 }
 
-// Lane by lane through a function of one float.
-template <class R, class F>
-inline R EachLane(const R& x, F function) {
-  if constexpr (kScalar<R>) {
-    return function(x);
-  } else {
-    auto lanes = __builtin_bit_cast(LaneArray<R, float>, x);
-    for (float& value : lanes.value) value = function(value);
-    return __builtin_bit_cast(R, lanes);
-  }
-}
 template <class R>
 inline R Sqrt(const R& x) {
-  return EachLane<R>(x, [](float value) { return std::sqrt(value); });
-}
-template <class R>
-inline R Cbrt(const R& x) {
-  return EachLane<R>(x, [](float value) { return stats::CBRT(value); });
+  if constexpr (kScalar<R>) {
+    return std::sqrt(x);
+#if defined(__x86_64__)
+  } else if constexpr (kLanes<R> == 4) {
+    return _mm_sqrt_ps(x);
+#if defined(__AVX2__)
+  } else if constexpr (kLanes<R> == 8) {
+    return _mm256_sqrt_ps(x);
+#endif
+#if defined(__AVX512F__)
+  } else if constexpr (kLanes<R> == 16) {
+    return _mm512_sqrt_ps(x);
+#endif
+#endif
+  } else {
+    auto lanes = __builtin_bit_cast(LaneArray<R, float>, x);
+    for (float& value : lanes.value) value = std::sqrt(value);
+    return __builtin_bit_cast(R, lanes);
+  }
 }
 
 // Logarithm, common or natural, of positive lanes; other lanes get a value without meaning. A vector goes
@@ -138,6 +145,28 @@ inline R LogOf(const R& x) {
       half = __builtin_convertvector(value, Floats);
     }
     return __builtin_bit_cast(R, halves);
+  }
+}
+
+// Cube root, odd in x. A vector goes through double in two halves.
+template <class R>
+inline R Cbrt(const R& x) {
+  if constexpr (kScalar<R>) {
+    return stats::CBRT(x);
+  } else {
+    using Floats = typename HalfOf<kLanes<R>>::Floats;
+    using Doubles = typename HalfOf<kLanes<R>>::Doubles;
+    using Words = typename HalfOf<kLanes<R>>::Words;
+    const R size = Abs<R>(x);
+    auto halves = __builtin_bit_cast(LaneArray<R, Floats>, size);
+    for (Floats& half : halves.value) {
+      Doubles root;
+      stats::CbrtLanes<Doubles, Words>(__builtin_convertvector(half, Doubles), root);
+      half = __builtin_convertvector(root, Floats);
+    }
+    const R root = __builtin_bit_cast(R, halves);
+    const Mask<R> plain = (size > 0.0f) & (size <= 3.4028235e38f);  // others are their own roots
+    return Select<R>(plain, Select<R>(x < 0.0f, -root, root), x);
   }
 }
 

@@ -47,6 +47,7 @@ void FillMarker(PlaneStore& store, size_t position, const char* letters, size_t 
     auto words = WordsOf(letters + w * kWordBits, std::min(kWordBits, lines - w * kWordBits));
     store.reduced = store.reduced || words[kHalf] != 0;
     words[kHalf] |= words[kHet];
+    store.complete = store.complete && words[kNoPlane] == 0;
     for (size_t p = 0; p < kPlanes; ++p) {
       store.bits[(p * store.words + w) * store.stride + position] = words[p];
       store.present[p] = store.present[p] || words[p] != 0;

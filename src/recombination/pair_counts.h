@@ -22,6 +22,7 @@ struct PlaneStore {
   size_t words = 0, stride = 0;
   std::array<bool, kPlanes> present{};  // whether any marker has a bit in the plane
   bool reduced = false;                 // some marker has D or R
+  bool complete = true;                 // no line is missing at any marker
   std::vector<uint64_t> bits;
 
   const uint64_t* At(size_t plane) const { return bits.data() + plane * words * stride; }

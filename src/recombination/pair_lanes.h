@@ -7,7 +7,7 @@ namespace recombination {
 
 inline constexpr size_t kMostLanes = 16;
 
-// Many tables of one selfing population and one known pair code, at once.
+// Many tables of one population and one pair code that it knows, at once.
 struct LaneJob {
   int32_t population, pairCode, mappingFunction;
   const float* cells;  // cell k of table t at cells[k * stride + t]

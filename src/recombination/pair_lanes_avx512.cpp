@@ -4,9 +4,14 @@
 #include <initializer_list>
 #include <utility>
 
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
 #include "recombination/layouts.h"
 #include "recombination/map_functions.h"
 #include "recombination/pair_lanes.h"
+#include "recombination/two_class_models.h"
 #include "stats/roots.h"
 
 #if defined(__x86_64__)

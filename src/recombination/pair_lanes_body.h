@@ -4,6 +4,7 @@
 
 #include "recombination/pair_lanes.h"
 #include "recombination/selfing_estimator.h"
+#include "recombination/two_class_estimator.h"
 
 namespace recombination {
 
@@ -18,8 +19,9 @@ inline void Store(float* to, const R& value) {
   std::memcpy(to, &value, sizeof value);
 }
 
-template <class R, int32_t kPopulation, size_t kIndex>
-void EstimateModel(const LaneJob& job) {
+// estimate(table, n, rec, lod) gives the better phase of the tables of one vector.
+template <class R, class F>
+inline void EstimateAll(const LaneJob& job, F estimate) {
   for (size_t at = 0; at < job.count; at += kLanes<R>) {
     R table[9];
     R n{};
@@ -28,7 +30,7 @@ void EstimateModel(const LaneJob& job) {
       n = n + table[k];
     }
     R rec, lod;
-    BothPhases<R, kPopulation, kIndex>(table, n, rec, lod);
+    estimate(table, n, rec, lod);
     const Mask<R> seen = n > 0.0f;
     rec = Select<R>(seen, rec, Splat<R>(0.5f));
     lod = Select<R>(seen & Not<R>(lod < 0.0f), lod, R{});
@@ -40,8 +42,14 @@ void EstimateModel(const LaneJob& job) {
 
 template <class R>
 void Estimate(const LaneJob& job) {
-  WithModel(job.population, job.pairCode, [&job](auto known, auto index) {
-    EstimateModel<R, decltype(known)::value, decltype(index)::value>(job);
+  const bool selfing = WithModel(job.population, job.pairCode, [&job](auto known, auto index) {
+    EstimateAll<R>(job, [](const R* table, const R& n, R& rec, R& lod) {
+      BothPhases<R, decltype(known)::value, decltype(index)::value>(table, n, rec, lod);
+    });
+  });
+  if (selfing) return;
+  EstimateAll<R>(job, [&job](const R* table, const R& n, R& rec, R& lod) {
+    TwoClassBothPhases<R>(job.population, table, n, rec, lod);
   });
 }
 

@@ -8,6 +8,7 @@
 #include "recombination/map_functions.h"
 #include "recombination/pair_lanes.h"
 #include "recombination/pair_lanes_body.h"
+#include "recombination/two_class_models.h"
 #include "stats/roots.h"
 
 namespace recombination {

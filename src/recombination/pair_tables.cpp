@@ -25,9 +25,9 @@ constexpr int32_t kMostKeyed = 65535;            // lines whose counts fit 16 bi
 // How the tables of one pair code come to their estimates.
 enum class Route {
   Direct,    // two counts decide: an array over them
-  Keyed,     // four counts decide: remembered tables
+  Keyed,     // F2 and F3, nothing missing: four counts decide, few tables occur, and they are remembered
   Lanes,     // most tables differ: each estimated, many at once
-  OneByOne,  // tables that a load never makes
+  OneByOne,  // what the estimators leave as it was
 };
 
 struct Known {
@@ -79,15 +79,14 @@ bool OnlyTwoClasses(const PopulationRow& row, const PlaneStore& store) {
 Route RouteOf(const Loop& loop, const PlaneStore& i, const PlaneStore& j, int32_t code) {
   const int32_t population = loop.data.population;
   if (!KnownPopulation(population)) return Route::OneByOne;
-  const bool keyed = loop.data.populationSize <= kMostKeyed;
   if (SelfingPopulation(population)) {
     if (LayoutOf(population, code) == kNoLayout) return Route::OneByOne;
-    return code == 11 && Symmetric(population) && keyed ? Route::Keyed : Route::Lanes;
+    const bool few = i.complete && j.complete && loop.data.populationSize <= kMostKeyed;
+    return few && code == 11 && Symmetric(population) ? Route::Keyed : Route::Lanes;
   }
   const PopulationRow& row = Population(population);
-  if (!keyed || !OnlyTwoClasses(row, i) || !OnlyTwoClasses(row, j)) return Route::OneByOne;
-  const auto size = static_cast<size_t>(loop.data.populationSize);
-  return row.share == 0.5f && (size + 1) * (size + 2) / 2 <= kMostDirect ? Route::Direct : Route::Keyed;
+  const bool direct = !loop.direct.empty() && OnlyTwoClasses(row, i) && OnlyTwoClasses(row, j);
+  return direct ? Route::Direct : Route::Lanes;
 }
 
 // The 3 by 3 counts of marker i's words with a run of the store, planes of H as given, transposed if asked
@@ -148,34 +147,18 @@ void ResolveDirect(Loop& loop, int32_t code) {
   }
 }
 
-// The four counts that decide, as a key.
-uint64_t KeyOf(const Run& run, const std::array<std::array<size_t, 4>, 4>& sums, size_t k) {
-  uint64_t key = 0;
-  for (const auto& cells : sums) {
-    uint32_t sum = 0;
-    for (const size_t cell : cells) sum += cell < 9 ? run.cells[cell][k] : 0;
-    key = key << 16 | sum;
-  }
-  return key;
+// The four counts that decide in F2 and F3, as a key.
+uint64_t KeyOf(const Run& run, size_t k) {
+  const auto& cells = run.cells;
+  const uint64_t same = cells[0][k] + cells[8][k], unlike = cells[2][k] + cells[6][k];
+  const uint64_t one = cells[1][k] + cells[3][k] + cells[5][k] + cells[7][k];
+  return same << 48 | one << 32 | unlike << 16 | cells[4][k];
 }
 
-std::array<std::array<size_t, 4>, 4> KeySums(int32_t population) {
-  if (SelfingPopulation(population)) return {{{0, 8, 9, 9}, {1, 3, 5, 7}, {2, 6, 9, 9}, {4, 9, 9, 9}}};
-  const TwoClassPlaces at = PlacesOf(Population(population));
-  return {{{at.both, 9, 9, 9}, {at.mixed1, 9, 9, 9}, {at.mixed2, 9, 9, 9}, {at.other, 9, 9, 9}}};
-}
-
-// Estimates the tables at the positions of fresh, each once, in lanes where the population has them.
+// Estimates the tables at the positions of fresh, each once.
 void EstimateFresh(Loop& loop, int32_t code, size_t count) {
   Run& run = loop.run;
   const Genotypes& data = loop.data;
-  if (!SelfingPopulation(data.population)) {
-    for (size_t f = 0; f < count; ++f) {
-      EstimateOne(loop, code, TableOf(run, run.fresh[f]), run.rec[f], run.lod[f]);
-      run.distance[f] = DistanceFromRec(data.mappingFunction, run.rec[f]);
-    }
-    return;
-  }
   for (size_t cell = 0; cell < 9; ++cell) {
     for (size_t f = 0; f < count; ++f)
       run.gathered[cell][f] = static_cast<float>(run.cells[cell][run.fresh[f]]);
@@ -188,12 +171,11 @@ void EstimateFresh(Loop& loop, int32_t code, size_t count) {
 
 void ResolveKeyed(Loop& loop, int32_t code) {
   Run& run = loop.run;
-  const auto sums = KeySums(loop.data.population);
   MakeRoom(loop.remembered, run.count + 1);
   constexpr uint32_t kEmpty = ~0U;
   size_t fresh = 0;
   for (size_t k = 0; k < run.count; ++k) {
-    const uint64_t key = KeyOf(run, sums, k);
+    const uint64_t key = KeyOf(run, k);
     bool added = false;
     run.slots[k] = key == 0 ? kEmpty : static_cast<uint32_t>(SlotOf(loop.remembered, key, added));
     if (added) run.fresh[fresh++] = static_cast<uint32_t>(k);

@@ -7,6 +7,7 @@
 #include "recombination/map_functions.h"
 #include "recombination/population_table.h"
 #include "recombination/selfing_estimator.h"
+#include "recombination/two_class_estimator.h"
 #include "recombination/two_class_models.h"
 #include "stats/distributions.h"
 #include "stats/real_math.h"
@@ -111,7 +112,7 @@ void PopulationModel(int32_t population, int32_t pairCode, const float* table, f
   }
   const PopulationRow& row = Population(population);
   if (frequencies != nullptr) TwoClassCells(row, rec, frequencies);
-  if (firstDerivative != nullptr) *firstDerivative = TwoClassFirst(row, table, rec);
+  if (firstDerivative != nullptr) *firstDerivative = TwoClassFirst(population, table, rec);
   if (secondDerivative != nullptr) *secondDerivative = TwoClassSecond(population, table, rec);
 }
 
@@ -121,7 +122,7 @@ void TwoPointStatistics(int32_t population, int32_t pairCode, const float* table
   stdErr = 0;
   if (!KnownPopulation(population)) return;
   if (!SelfingPopulation(population)) {
-    lod = TwoClassLod(Population(population), table, rec);
+    lod = TwoClassLod<float>(population, table, rec);
     stdErr = StandardError(TwoClassSecond(population, table, rec));
     return;
   }
@@ -141,7 +142,7 @@ void TwoPointOnePhase(int32_t population, int32_t pairCode, const float* table, 
       rec = RecOf<float, decltype(known)::value, decltype(index)::value>(table, n);
     });
   } else if (KnownPopulation(population)) {
-    rec = TwoClassRec(Population(population), table, n);
+    rec = TwoClassRec<float>(Population(population), table, n);
   }
   TwoPointStatistics(population, pairCode, table, rec, lod, stdErr);
 }

@@ -31,4 +31,19 @@ inline void LogLanes(const D& x, D& result) {
   result = exponent * 0.693147180559945309417 + (2.0 * s + 2.0 * s * z * sum);
 }
 
+// Cube root of a positive normal double or of each lane; a third of the exponent bits for a guess within 3.5
+// %, then two steps of Halley, each of which triples the digits. Error under 2e-14.
+template <class D, class U>
+inline void CbrtLanes(const D& x, D& result) {
+  constexpr double kTwo52 = 4503599627370496.0;
+  const D high = __builtin_bit_cast(D, __builtin_bit_cast(U, x) >> 32 | 0x4330000000000000ULL) - kTwo52;
+  const D third = high * (1.0 / 3.0) + 715094163.0 + kTwo52;
+  D root = __builtin_bit_cast(D, __builtin_bit_cast(U, third) << 32);
+  for (int step = 0; step < 2; ++step) {
+    const D cube = root * root * root;
+    root = root * ((cube + 2.0 * x) / (2.0 * cube + x));
+  }
+  result = root;
+}
+
 }  // namespace stats

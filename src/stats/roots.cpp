@@ -5,6 +5,7 @@
 #include <string>
 
 #include "stats/kernel_error.h"
+#include "stats/log_lanes.h"
 
 namespace stats {
 namespace {
@@ -64,7 +65,12 @@ void ManyRoots(int32_t ndeg, const float* coeff, std::complex<float>* root) {
 
 }  // namespace
 
-float CBRT(float x) { return static_cast<float>(std::cbrt(static_cast<double>(x))); }
+float CBRT(float x) {
+  if (x == 0 || !std::isfinite(x)) return x;
+  double root = 0;
+  CbrtLanes<double, uint64_t>(std::fabs(static_cast<double>(x)), root);
+  return std::copysign(static_cast<float>(root), x);
+}
 
 void ZPORC(int32_t ndeg, const float* coeff, std::complex<float>* root) {
   if (ndeg < 1 || ndeg > 100) {

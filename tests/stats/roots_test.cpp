@@ -15,6 +15,12 @@ TEST(Cbrt, IsOddAndExactOnCubes) {
     const auto x = static_cast<float>(k);
     EXPECT_EQ(stats::CBRT(x * x * x), x);
   }
+  for (float x = 1e-38f; x < 1e38f; x *= 1.0093f) {
+    const double exact = std::cbrt(static_cast<double>(x));
+    EXPECT_NEAR(stats::CBRT(x), exact, 6.0e-8 * exact) << x;
+    EXPECT_EQ(stats::CBRT(-x), -stats::CBRT(x));
+  }
+  EXPECT_NEAR(stats::CBRT(1e-45f), std::cbrt(1.40129846e-45), 1e-21);  // below the normal range
   EXPECT_TRUE(std::isnan(stats::CBRT(std::nanf(""))));
 }
 
