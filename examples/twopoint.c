@@ -1,4 +1,5 @@
-/* Recombination frequency of two markers in an F1-derived backcross: 80 parental and 20 recombinant plants. */
+/* Recombination frequency of two markers in an F1-derived backcross: 80 parental and 20 recombinant plants.
+ */
 #include <stdio.h>
 #include <tessarmont/exports.h>
 

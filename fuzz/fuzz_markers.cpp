@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   platform::OpenUnit(project::kLogUnit, "/dev/null", platform::OpenStatus::Replace);
   int32_t status = 0;
   try {
-    project::LoadModule(project::Module::Bin, kCodes[data[0] % std::size(kCodes)], fuzzing::ProjectFile(text), status);
+    project::LoadModule(project::Module::Bin, kCodes[data[0] % std::size(kCodes)], fuzzing::ProjectFile(text),
+                        status);
   } catch (const fuzzing::FatalPath&) {
   }
   const project::ProjectBlock& block = project::Store(project::Module::Bin);

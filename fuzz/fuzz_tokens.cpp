@@ -23,10 +23,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   std::string values;
   for (int round = 0; round < 20; ++round) {
     project::NextDataRecord(project::kProjectUnit);
-    project::ReadTokens(project::kProjectUnit,
-                        {project::TextItem(name, 4), project::CellItems(cells, 2, 7), project::IntegerItem(integer),
-                         project::RealItem(real), project::IntegerItems(integers, 3), project::RealItems(reals, 3),
-                         project::CellItems(values, 20, 2)});
+    project::ReadTokens(
+        project::kProjectUnit,
+        {project::TextItem(name, 4), project::CellItems(cells, 2, 7), project::IntegerItem(integer),
+         project::RealItem(real), project::IntegerItems(integers, 3), project::RealItems(reals, 3),
+         project::CellItems(values, 20, 2)});
     platform::StepBack(project::kProjectUnit);
     project::ReadTokens(project::kProjectUnit, {project::CellItems(cells, 2, 9)});
   }

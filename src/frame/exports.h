@@ -45,16 +45,27 @@ TESSARMONT_EXPORT void BINFINDNUMMARKERS(const int32_t* ModuleCode, const int32_
 
 /* Plain checks: a project file of a mapping engine is read up to its block of method parameters and told good
  * or bad; nothing is handed back. CHECKERRORSDL sets Status to 0 on entry. */
-#define TESSARMONT_PLAIN_CHECK(NAME)                                                            \
-  TESSARMONT_EXPORT void NAME(const int32_t* NameLength, const char* FileName, int32_t* Status) \
-      TESSARMONT_NOEXCEPT
-TESSARMONT_PLAIN_CHECK(CHECKERRORBIP); /* bi-parental population: mapping or simulation */
-TESSARMONT_PLAIN_CHECK(CHECKERRORCDQ); /* clonal F1 and double cross, with traits */
-TESSARMONT_PLAIN_CHECK(CHECKERRORCSL); /* closed set of lines: mapping or simulation */
-TESSARMONT_PLAIN_CHECK(CHECKERRORMET); /* bi-parental population in several environments */
-TESSARMONT_PLAIN_CHECK(CHECKERRORNAM); /* nested families */
-TESSARMONT_PLAIN_CHECK(CHECKERRORPLQ); /* four and eight parents, with traits */
-TESSARMONT_PLAIN_CHECK(CHECKERRORSDL); /* segregation distortion */
+/* bi-parental population: mapping or simulation */
+TESSARMONT_EXPORT void CHECKERRORBIP(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* clonal F1 and double cross, with traits */
+TESSARMONT_EXPORT void CHECKERRORCDQ(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* closed set of lines: mapping or simulation */
+TESSARMONT_EXPORT void CHECKERRORCSL(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* bi-parental population in several environments */
+TESSARMONT_EXPORT void CHECKERRORMET(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* nested families */
+TESSARMONT_EXPORT void CHECKERRORNAM(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* four and eight parents, with traits */
+TESSARMONT_EXPORT void CHECKERRORPLQ(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+/* segregation distortion */
+TESSARMONT_EXPORT void CHECKERRORSDL(const int32_t* NameLength, const char* FileName,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* Pre-reads of genomic-selection files. Status is -1 on failure; reports go to "fort.100" in the current
  * directory. NumTraits               int32          out of the first; in of the second, from the first
