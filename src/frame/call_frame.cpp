@@ -4,6 +4,7 @@
 #include <string>
 
 #include "frame/call_words.h"
+#include "ordering/consensus_order.h"
 #include "platform/console.h"
 #include "platform/unit.h"
 #include "project/loader.h"
@@ -11,7 +12,6 @@
 namespace frame {
 namespace {
 
-constexpr int32_t kReportedFailure = 100;
 constexpr std::string_view kReadText = " read successfully!";
 
 // The line of a form, made of parts that stand one behind the other.
@@ -64,26 +64,83 @@ std::string_view FileText(const int32_t* length, const char* text) {
   return name.substr(0, name.find_last_not_of(' ') + 1);
 }
 
-Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status) {
+Check LoadForCheck(project::Module module, int32_t moduleCode, std::string_view fileName) {
   const CheckWords& words = WordsOf(kCheckWords, module);
-  Check check{module, fileName, platform::IsConnected(words.logName), false};
+  Check check{module, fileName, platform::IsConnected(words.logName), false, 0};
   if (!check.logWasOpen) {
     platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
   }
-  int32_t status = 0;
-  project::LoadModule(module, moduleCode, fileName, status);
-  if ((status & 1) != 0) {
-    check.failed = true;
-    *Status = kReportedFailure;
-    WriteLog(words.failureInLog);
-    WriteOnConsole(words.failureOnConsole);
-    if (words.failureClosesLog) {
-      platform::CloseUnit(project::kLogUnit);
-    }
-    CloseLog(check);
-    project::ReleaseStore(module);
-  }
+  project::LoadModule(module, moduleCode, fileName, check.flag);
   return check;
+}
+
+void EndIfFailed(Check& check, int32_t* Status) {
+  if ((check.flag & 1) == 0) {
+    return;
+  }
+  const CheckWords& words = WordsOf(kCheckWords, check.module);
+  check.failed = true;
+  *Status = kReportedFailure;
+  WriteLog(words.failureInLog);
+  WriteOnConsole(words.failureOnConsole);
+  if (words.failureClosesLog) {
+    platform::CloseUnit(project::kLogUnit);
+  }
+  CloseLog(check);
+  project::ReleaseStore(check.module);
+}
+
+Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status) {
+  Check check = LoadForCheck(module, moduleCode, fileName);
+  EndIfFailed(check, Status);
+  return check;
+}
+
+void CheckMaps(std::string_view fileName, const results::ConsensusTables& tables, int32_t* names,
+               int32_t* Status) {
+  Check check = LoadForCheck(project::Module::Cmp, project::kConsensusCode, fileName);
+  results::Consensus consensus;
+  if ((check.flag & 1) == 0) {
+    results::BuildConsensus(project::Store(project::Module::Cmp), project::kLogUnit, check.flag, consensus);
+  }
+  EndIfFailed(check, Status);
+  if (check.failed) {
+    return;
+  }
+  TellRead(check);
+  TellRun(check);
+  const int32_t rows = results::FillTables(consensus, tables);
+  for (int32_t row = 1; row <= rows; ++row) {
+    Widen(project::Text(consensus.names[static_cast<std::size_t>(row) - 1]), row, tables.rows, names);
+  }
+  project::ReleaseStore(project::Module::Cmp);
+  CloseLog(check);
+  ordering::CmpByAnchorOrder(rows, tables.mapCount, tables.distance, tables.mapIndex, tables.position);
+}
+
+bool PreReadMaps(std::string_view fileName, project::ProjectHeader& header, int32_t& totalMarkers) {
+  const PreReadWords& words = WordsOf(kPreReadWords, project::Module::Cmp);
+  const bool logWasOpen = platform::IsConnected(project::kLogUnit);
+  if (!logWasOpen) {
+    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
+  }
+  int32_t flag = 0;
+  project::LoadModule(project::Module::Cmp, project::kConsensusCode, fileName, flag);
+  const project::ProjectBlock& block = project::Store(project::Module::Cmp);
+  results::Consensus consensus;
+  if ((flag & 1) == 0) {
+    results::BuildConsensus(block, project::kLogUnit, flag, consensus);
+  }
+  if ((flag & 1) == 0) {
+    header = block.Header;
+    totalMarkers = block.TotalMarkers;
+    platform::WriteRecord(project::kLogUnit, words.run);
+  }
+  project::ReleaseStore(project::Module::Cmp);
+  if (!logWasOpen) {
+    platform::CloseUnit(project::kLogUnit);
+  }
+  return (flag & 1) == 0;
 }
 
 void TellRead(const Check& check) {

@@ -8,8 +8,11 @@
 
 #include "project/modules.h"
 #include "project/store.h"
+#include "results/consensus.h"
 
 namespace frame {
+
+inline constexpr int32_t kReportedFailure = 100;  // Status, when the log tells why
 
 // The characters that count: a length below 0 is 0, trailing blanks are cut.
 std::string_view FileText(const int32_t* length, const char* text);
@@ -21,11 +24,20 @@ struct Check {
   std::string_view fileName;
   bool logWasOpen;
   bool failed;
+  int32_t flag;  // of the readers: -1 after a report
 };
 Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status);
 void TellRead(const Check& check);  // "<file> read successfully!", in the log and on standard output
 void TellRun(const Check& check);   // "... run successfully!"
 void CloseLog(const Check& check);  // unless it was open before the call
+
+// A consensus check, from end to end: the load, the union of its maps, the caller's tables, and the order,
+// which is written after the log is closed.
+void CheckMaps(std::string_view fileName, const results::ConsensusTables& tables, int32_t* names,
+               int32_t* Status);
+
+// The whole load of several maps, for their counts; false after a report.
+bool PreReadMaps(std::string_view fileName, project::ProjectHeader& header, int32_t& totalMarkers);
 
 // A check that hands nothing back, from end to end.
 void PlainCheck(project::Module module, std::string_view fileName, int32_t* Status);

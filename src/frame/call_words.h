@@ -38,7 +38,7 @@ inline constexpr Line kPlain = {Form::Plain, ""};
 inline constexpr Line kToken = {Form::Token, ""};
 // Texts that look odd (the doubled r of the marker modules, the words of MET and SDL): required as they
 // stand.
-inline constexpr std::array<CheckWords, 9> kCheckWords = {{
+inline constexpr std::array<CheckWords, 10> kCheckWords = {{
     {project::Module::Bip,
      "BIP.log",
      kPlain,
@@ -96,6 +96,14 @@ inline constexpr std::array<CheckWords, 9> kCheckWords = {{
      kNothing,
      {Form::Token, "--Error in the input file!"},
      {Form::Plain, "--Error in the input file. Please check MET.log for details!"}},
+    {project::Module::Cmp,
+     "CMP.log",
+     kPlain,
+     kToken,
+     {Form::Plain, "--DLL CheckErrorCMP run successfully!"},
+     kNothing,
+     kNothing,
+     {Form::Token, "--Error found. Please check CMP.log for details!"}},
     {project::Module::Bin,
      "BIN.log",
      kPlain,
@@ -119,9 +127,11 @@ struct PreReadWords {
   project::Module module;
   std::string_view logName, run;
 };
-inline constexpr std::array<PreReadWords, 4> kPreReadWords = {{
+inline constexpr std::array<PreReadWords, 5> kPreReadWords = {{
     {project::Module::Bin, "BIN.log", "--DLL BINFindNumMarkers run successfully!"},
     {project::Module::Map, "MAP.log", "--DLL MAPFindNumMarkers run successfully!"},
+    {project::Module::Cmp, "CMP.log",
+     "--DLL BINFindNumMarkers run successfully!"},  // BIN: required as it stands
     {project::Module::Cdm, "CDM.log", "--DLL CDMFindNumMarkers run successfully!"},
     {project::Module::Plm, "PLM.log", "--DLL PLMFindNumMarkers run successfully!"},
 }};

@@ -5,6 +5,7 @@
 
 #include "frame/call_frame.h"
 #include "ordering/anchor_order.h"
+#include "ordering/consensus_order.h"
 #include "ordering/driver.h"
 #include "platform/fatal.h"
 #include "project/genomic_selection.h"
@@ -132,6 +133,40 @@ void CHECKERRORBIN(const int32_t* ModuleCode, const int32_t* NameLength, const c
   frame::WidenNames(block, *NumMarkers, Names);
   project::ReleaseStore(Module::Bin);
   frame::CloseLog(check);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CMPFINDNUMMARKERS(const int32_t* NameLength, const char* FileName, int32_t* MarkerSpaceType,
+                       int32_t* MarkerSpaceUnit, int32_t* NumChromosomes, int32_t* NumMarkers,
+                       int32_t* Status) noexcept try {
+  project::ProjectHeader header;
+  int32_t totalMarkers = 0;
+  if (!frame::PreReadMaps(FileText(NameLength, FileName), header, totalMarkers)) {
+    *Status = frame::kReportedFailure;
+    return;
+  }
+  *MarkerSpaceType = header.MarkerSpaceType;
+  *MarkerSpaceUnit = header.MarkerSpaceUnit;
+  *NumChromosomes = header.NumChromosomes;
+  *NumMarkers = totalMarkers;
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORCMP(const int32_t* NameLength, const char* FileName, const int32_t* NumChromosomes,
+                   const int32_t* NumMarkers, int32_t* Names, int32_t* AnchorInfo, int32_t* Order,
+                   float* Position, float* Distance, int32_t* Status) noexcept try {
+  frame::CheckMaps(FileText(NameLength, FileName),
+                   {*NumMarkers, *NumChromosomes, AnchorInfo, Order, Position, Distance}, Names, Status);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CMPBYANCHORORDER(const int32_t* n, const int32_t* AnchorInfo, const float* dist, int32_t* order) noexcept
+    try {
+  std::vector<float> position(static_cast<std::size_t>(std::max(*n, 0)));
+  ordering::CmpByAnchorOrder(*n, AnchorInfo, dist, order, position.data());
 } catch (...) {
   platform::FatalException();
 }

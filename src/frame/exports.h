@@ -68,16 +68,50 @@ TESSARMONT_EXPORT void CHECKERRORSDL(const int32_t* NameLength, const char* File
                                      int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* Pre-reads of genomic-selection files. Status is -1 on failure; reports go to "fort.100" in the current
- * directory. NumTraits               int32          out of the first; in of the second, from the first
+ * directory. Counts are written as read, even when a later section fails.
+ *
+ *   NumTraits               int32          out of the first; in of the second, from the first
  *   TraitNames              out  int32[19*NumTraits]  character c of trait t at element (c-1)*NumTraits + t
- *   BreedingPopulationSize  out  int32
- * Both write what they read of a count even when a later section fails. */
+ *   BreedingPopulationSize  out  int32 */
 TESSARMONT_EXPORT void GSFINDNUMTRAITS(const int32_t* NameLength, const char* FileName, int32_t* NumTraits,
                                        int32_t* Status) TESSARMONT_NOEXCEPT;
 TESSARMONT_EXPORT void GSFINDTRAITNAMEBPS(const int32_t* NameLength, const char* FileName,
                                           const int32_t* NumTraits, int32_t* TraitNames,
                                           int32_t* BreedingPopulationSize,
                                           int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* CMPFINDNUMMARKERS: reads a file of several maps whole and hands out its counts.
+ *   MarkerSpaceType, MarkerSpaceUnit  out  int32, as read
+ *   NumChromosomes  out  int32  number of maps
+ *   NumMarkers      out  int32  sum over all maps: at least as many as the union has */
+TESSARMONT_EXPORT void CMPFINDNUMMARKERS(const int32_t* NameLength, const char* FileName,
+                                         int32_t* MarkerSpaceType, int32_t* MarkerSpaceUnit,
+                                         int32_t* NumChromosomes, int32_t* NumMarkers,
+                                         int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* CHECKERRORCMP: unites several maps of one organism and orders the union as one consensus map.
+ *   NumChromosomes  in   int32          C, maps
+ *   NumMarkers      in   int32          N, from CMPFINDNUMMARKERS; the tables hold the union of n, rows
+ * behind it are not touched, and only the first N are handed out where N is below n Names           out
+ * int32[35*N]    character c of marker m at element (c-1)*N + m AnchorInfo      out  int32[N]       how many
+ * maps have the marker; above 1 it is an anchor of the order Order           out  int32[N*(C+1)] column 0 the
+ * consensus order, column m the place on map m, 0 for none Position        out  real32[N*(C+1)] column 0
+ * cumulative along the order, column m on map m, -1 for none Distance        out  real32[P]      mean
+ * distance over the maps that have both, 1000 where none has The order is also written as two tables to the
+ * default file of unit 100, "fort.100", which stays connected. */
+TESSARMONT_EXPORT void CHECKERRORCMP(const int32_t* NameLength, const char* FileName,
+                                     const int32_t* NumChromosomes, const int32_t* NumMarkers, int32_t* Names,
+                                     int32_t* AnchorInfo, int32_t* Order, float* Position, float* Distance,
+                                     int32_t* Status) TESSARMONT_NOEXCEPT;
+
+/* CMPBYANCHORORDER: the ordering of CHECKERRORCMP alone.
+ *   n           in   int32
+ *   AnchorInfo  in   int32[n]   above 1 for an anchor
+ *   dist        in   real32[P]  pair distances
+ *   order       out  int32[n]
+ * Writes its two tables to "fort.100" as CHECKERRORCMP does. */
+TESSARMONT_EXPORT void CMPBYANCHORORDER(const int32_t* n, const int32_t* AnchorInfo, const float* dist,
+                                        int32_t* order) TESSARMONT_NOEXCEPT;
 
 /* CHECKERRORBIN: reads and checks a file of markers for binning.
  *   NumMarkers      in   int32        N, from BINFINDNUMMARKERS

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <vector>
 
 #include "platform/record.h"
 #include "platform/unit.h"
@@ -10,6 +11,7 @@
 #include "project/marker_types.h"
 #include "project/rule_sets.h"
 #include "project/store.h"
+#include "results/project_sections.h"
 
 namespace results {
 namespace {
@@ -17,8 +19,6 @@ namespace {
 using platform::Edits;
 using platform::Record;
 using platform::WriteRecord;
-
-constexpr std::size_t kChromosomeNameWidth = 19;
 
 enum FileKind : uint8_t { kSdl = 1, kBip = 2, kMet = 4 };
 
@@ -33,8 +33,8 @@ constexpr std::array<FileRow, 3> kWritten = {kCreated[2], kCreated[0], kCreated[
 
 // Texts stand letter for letter, trailing blanks and misspellings included: required as they stand.
 constexpr std::string_view kRemarks[] = {
-    "!*****Note: lines staring with \"!\" are remarks and will be ignored in the program*********",
-    "!*****General Information*****************************************************************",
+    kRemarkNote,
+    kGeneralHeading,
     "!Assuming F1 = P1 x P2, populations available in QTL Tessarmont are: ",
     "!  1, P1BC1F1 = P1 x F1, the first backcrossing where P1 is used as the recurrent parent;",
     "!  2, P2BC1F1 = P2 x F1, the first backcrossing where P2 is used as the recurrent parent;",
@@ -72,26 +72,17 @@ constexpr project::Field kNone = project::Field::Indicator;  // for a row whose 
 constexpr HeaderRow kHeaderRows[] = {
     {kBip, Source::Fixed, kNone, 1, "!Indicator: 1 for mapping; 2 for simulation"},
     {kAll, Source::Field, project::Field::PopulationType, 0, "!Mapping Population (see remarks above)"},
-    {kAll, Source::Field, project::Field::MappingFunction, 0,
-     "!Mapping Function (1 for Kosambi; 2 for Haldane; 3 for Morgan)"},
-    {kAll, Source::Field, project::Field::MarkerSpaceType, 0,
-     "!Marker Space Type (1 for intervals; 2 for positions)"},
-    {kAll, Source::Fixed, kNone, 1, "!Marker Space Unit(1 for centiMorgans; 2 for Morgan)"},
-    {kAll, Source::Chromosomes, kNone, 0, "!Number of Chromosomes (or Linkage Group)"},
-    {kAll, Source::Field, project::Field::PopulationSize, 0, "!Population size of the mapping population"},
-    {kBip, Source::Fixed, kNone, 0, "!Number of traits"},
+    {kAll, Source::Field, project::Field::MappingFunction, 0, kMappingFunctionRemark},
+    {kAll, Source::Field, project::Field::MarkerSpaceType, 0, kSpaceTypeRemark},
+    {kAll, Source::Fixed, kNone, 1, kSpaceUnitRemark},
+    {kAll, Source::Chromosomes, kNone, 0, kChromosomesRemark},
+    {kAll, Source::Field, project::Field::PopulationSize, 0, kSizeRemark},
+    {kBip, Source::Fixed, kNone, 0, kTraitsRemark},
     {kMet, Source::Fixed, kNone, 0, "!Number of environments"},
 };
 
-constexpr std::string_view kMapRemarks[] = {
-    "!*****Chromosomes and Linkage Maps********************************************************",
-    "!ChromosomeName       NumMarkers",
-};
-constexpr std::string_view kPlacesRemark =
-    "!Linkage map (Marker name followed by position or the interval length)";
-
 constexpr std::string_view kMarkerRemarks[] = {
-    "!*****Marker Types************************************************************************",
+    kMarkerHeading,
     "!Co-dominant marker:  When heterozygote F1 is present, ",
     "!  P1 is coded as 2 (=A or AA), F1 is coded as 1 (=H or AB), and P2 is coded as 0 (=B or BB); ",
     "!  Otherwise, P1 is coded as 2 (=A or AA), and P2 is coded as 0 (=B or BB). ",
@@ -103,41 +94,6 @@ constexpr std::string_view kMarkerRemarks[] = {
     "!  Otherwise, P1 is coded as 2 (=A or AA), and P2 is coded as 0 (=B or BB). ",
     "!Missing marker is coded as -1 (=X or XX). ",
 };
-
-constexpr std::string_view kPhenotypeRemarks[] = {
-    "!*****Phenotypic Data*********************************************************************",
-    "!-100.0 is resevred for missing phenotypic values",
-};
-
-// The chromosome number of each place, from the first place on: it rises by one where a place lies behind the
-// running sum of places, and by no more than one, so behind an empty chromosome one place bears its number.
-struct ChromosomeWalk {
-  int32_t numChromosomes;
-  const int32_t* markers;  // places of each chromosome
-  int32_t current = 1;
-  int64_t sum = 0;  // of the places up to the current chromosome
-
-  ChromosomeWalk(int32_t chromosomes, const int32_t* places) : numChromosomes(chromosomes), markers(places) {
-    sum = chromosomes > 0 ? places[0] : 0;
-  }
-  int32_t At(int32_t place) {
-    if (place > sum && current < numChromosomes) {
-      sum += markers[current++];
-    }
-    return current;
-  }
-};
-
-template <std::size_t N>
-void WriteLines(int32_t unit, const std::string_view (&lines)[N]) {
-  for (const std::string_view line : lines) {
-    WriteRecord(unit, line);
-  }
-}
-
-std::string_view ChromosomeName(const NewMap& map, int32_t c) {
-  return {map.chromosomeName + static_cast<std::size_t>(c - 1) * kChromosomeNameWidth, kChromosomeNameWidth};
-}
 
 void WriteHeader(const FileRow& file, const NewMap& map, project::ProjectHeader header) {
   for (const HeaderRow& row : kHeaderRows) {
@@ -151,33 +107,30 @@ void WriteHeader(const FileRow& file, const NewMap& map, project::ProjectHeader 
       value = map.numChromosomes;
     }
     const bool wide = row.source == Source::Chromosomes && file.kind == kBip;  // required as it stands
-    WriteRecord(file.unit, wide ? Record(Edits("I10,3X,A"), {value, row.remark})
-                                : Record(Edits("I10,2X,A"), {value, row.remark}));
+    if (wide) {
+      WriteRecord(file.unit, Record(Edits("I10,3X,A"), {value, row.remark}));
+    } else {
+      WriteHeaderRow(file.unit, value, row.remark);
+    }
   }
   WriteRecord(file.unit, "");
 }
 
-void WriteChromosomes(int32_t unit, const NewMap& map, const project::ProjectBlock& markers) {
-  WriteLines(unit, kMapRemarks);
-  for (int32_t c = 1; c <= map.numChromosomes; ++c) {
-    WriteRecord(unit, Record(Edits("A19,1X,I12"), {ChromosomeName(map, c), map.chromosomeMarkers[c - 1]}));
-  }
-  WriteRecord(unit, kPlacesRemark);
-  ChromosomeWalk walk(map.numChromosomes, map.chromosomeMarkers);
+std::vector<std::string_view> PlaceNames(const NewMap& map, const project::ProjectBlock& markers) {
+  std::vector<std::string_view> names;
   for (int32_t i = 1; i <= map.numMarkers; ++i) {
-    WriteRecord(unit, Record(Edits("A35,1X,I4,F12.4"), {project::MarkerNameAt(markers, map.order[i - 1]),
-                                                        walk.At(i), map.position[i - 1]}));
+    names.push_back(project::MarkerNameAt(markers, MarkerAt(map, i)));
   }
-  WriteRecord(unit, "");
+  return names;
 }
 
 void WriteMarkerTypes(int32_t unit, const NewMap& map, const project::ProjectBlock& markers) {
   WriteLines(unit, kMarkerRemarks);
   std::string record;
   for (int32_t i = 1; i <= map.numMarkers; ++i) {
-    record = Record(Edits("A35"), {project::MarkerNameAt(markers, map.order[i - 1])});
+    record = Record(Edits("A35"), {project::MarkerNameAt(markers, MarkerAt(map, i))});
     record += ' ';
-    for (const char code : project::GenotypesAt(markers, map.order[i - 1])) {
+    for (const char code : project::GenotypesAt(markers, MarkerAt(map, i))) {
       record += ' ';
       record += code;
     }
@@ -213,14 +166,14 @@ void WriteProjectFiles(std::string_view fileName, std::string_view stem, const N
     platform::OpenUnit(file.unit, std::string(stem) + std::string(file.extension),
                        platform::OpenStatus::Replace);
   }
+  const std::vector<std::string_view> names = PlaceNames(map, block);
   for (const FileRow& file : kWritten) {
     WriteLines(file.unit, kRemarks);
     WriteHeader(file, map, block.Header);
-    WriteChromosomes(file.unit, map, block);
+    WriteChromosomes(file.unit, map, names, Edits("A35,1X,I4,F12.4"));
     WriteMarkerTypes(file.unit, map, block);
     if (file.kind != kSdl) {
-      WriteLines(file.unit, kPhenotypeRemarks);
-      WriteRecord(file.unit, "");
+      WriteEmptyPhenotypes(file.unit);
     }
   }
   platform::CloseUnit(project::kProjectUnit);
