@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <regex>
 #include <string>
 
 #include "project/genomic_selection.h"
@@ -31,12 +30,17 @@ std::string LoadExample(const std::string& kind, const std::string& text) {
 TEST(Documents, EveryExampleOfAFormatIsRead) {
   const std::string document = support::ReadFile(SOURCE_DIR "/docs/formats.md");
   const support::ScratchFolder folder;
-  const std::regex fence("\n```([a-z]+)\n([^`]*)```\n");
   std::map<std::string, int> kinds;
-  for (std::sregex_iterator block(document.begin(), document.end(), fence), end; block != end; ++block) {
-    const std::string kind = (*block)[1];
-    EXPECT_EQ(LoadExample(kind, (*block)[2]), "good") << kind << "\n" << (*block)[2];
+  // An example is fenced: "```kind", its lines, "```".
+  for (std::size_t at = document.find("\n```"); at != std::string::npos; at = document.find("\n```", at)) {
+    const std::size_t kindEnd = document.find('\n', at + 4);
+    const std::string kind = document.substr(at + 4, kindEnd - at - 4);
+    const std::size_t end = document.find("\n```\n", kindEnd);
+    ASSERT_NE(end, std::string::npos);
+    const std::string example = document.substr(kindEnd + 1, end - kindEnd);
+    EXPECT_EQ(LoadExample(kind, example), "good") << kind << "\n" << example;
     ++kinds[kind];
+    at = end + 4;
   }
   EXPECT_EQ(kinds.size(), kModules.size() + 1) << "a kind without an example";
 }
