@@ -53,6 +53,31 @@ TEST(MapOutput, WritesTheThreeProjectFiles) {
   EXPECT_FALSE(platform::IsConnected(102) || platform::IsConnected(10001000));
 }
 
+TEST(MapOutput, TheEnginesTakeTheFilesOnceTheTraitsAreFilledIn) {
+  const ScratchFolder folder;
+  WriteFile("in.map", kInput);
+  Output("in.map", "out", {{3}, {4, 1, 3}, {0.0F, 5.5F, 2.0F}});
+  const auto log = [](void (*check)(const int32_t*, const char*, int32_t*) noexcept,
+                      const std::string& file) {
+    const auto length = static_cast<int32_t>(file.size());
+    int32_t status = 0;
+    testing::internal::CaptureStdout();
+    check(&length, file.data(), &status);
+    testing::internal::GetCapturedStdout();
+    return status;
+  };
+  EXPECT_EQ(log(CHECKERRORSDL, "out.sdl"), 0);
+  EXPECT_EQ(log(CHECKERRORBIP, "out.bip"), 100);
+  EXPECT_EQ(ReadFile("BIP.log"),
+            "--Input error: Number of Traits out of range!\n  Number of Traits =        0\n");
+  EXPECT_EQ(log(CHECKERRORMET, "out.met"), 100);
+  std::string filled = ReadFile("out.bip") + "height 1.5 2.5 -100.0\n";
+  const std::string none = "         0  !Number of traits";
+  filled.replace(filled.find(none), none.size(), "         1  !Number of traits");
+  WriteFile("out.bip", filled);
+  EXPECT_EQ(log(CHECKERRORBIP, "out.bip"), 0);
+}
+
 TEST(MapOutput, WritesWhatItHasAfterAnError) {
   const ScratchFolder folder;
   const Map map = {{3}, {2, 9, 1}, {0.0F, 1.0F, 2.0F}};
