@@ -1,5 +1,7 @@
 #include "results/project_sections.h"
 
+#include <string>
+
 #include "platform/unit.h"
 
 namespace results {
@@ -24,6 +26,10 @@ constexpr std::string_view kPhenotypeRemarks[] = {
 constexpr int32_t kPositions = 2, kCentimorgans = 1;  // the space type and unit that are always written
 
 }  // namespace
+
+void OpenResult(int32_t unit, std::string_view stem, std::string_view extension, std::string_view suffix) {
+  platform::OpenUnit(unit, std::string(stem).append(extension).append(suffix), platform::OpenStatus::Replace);
+}
 
 void WriteLines(int32_t unit, std::span<const std::string_view> lines) {
   for (const std::string_view line : lines) {

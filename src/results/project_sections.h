@@ -27,6 +27,10 @@ inline constexpr std::string_view kChromosomesRemark = "!Number of Chromosomes (
 inline constexpr std::string_view kSizeRemark = "!Population size of the mapping population";
 inline constexpr std::string_view kTraitsRemark = "!Number of traits";
 
+// Connects a unit to a new file STEM and extension.
+void OpenResult(int32_t unit, std::string_view stem, std::string_view extension,
+                std::string_view suffix = {});
+
 void WriteLines(int32_t unit, std::span<const std::string_view> lines);
 
 // A value in ten columns and its remark.
