@@ -11,6 +11,8 @@
 #include "project/genomic_selection.h"
 #include "recombination/pair_tables.h"
 #include "recombination/two_point.h"
+#include "results/clonal_results.h"
+#include "results/multi_parent_results.h"
 #include "results/project_writer.h"
 
 // Each export is a thin shell. What is thrown inside (memory that cannot be had) ends on the fatal path.
@@ -233,6 +235,47 @@ void MAPOUTPUT(const int32_t* NameLength, const char* FileName, const int32_t* S
   results::WriteProjectFiles(
       FileText(NameLength, FileName), FileText(StemLength, Stem),
       {*NumMarkers, *NumChromosomes, ChromosomeName, ChromosomeMarkers, Order, Position});
+} catch (...) {
+  platform::FatalException();
+}
+
+void CDMOUTPUT(const int32_t* WriteRec, const int32_t* WriteLOD, const int32_t* WriteDistance,
+               const int32_t* NameLength, const char* FileName, const int32_t* StemLength, const char* Stem,
+               const int32_t* NumMarkers, const int32_t* NumChromosomes, const char* ChromosomeName,
+               const int32_t* ChromosomeMarkers, const int32_t* Order, const float* Position,
+               const int32_t* FileMarkers, const int32_t* Deleted, const float* RecAB, const float* RecCD,
+               const float* RecBoth, const float* LODAB, const float* LODCD, const float* LODBoth,
+               const float* DistanceAB, const float* DistanceCD, const float* DistanceBoth,
+               const int32_t* PhaseCode) noexcept try {
+  results::WriteClonalResults(
+      FileText(NameLength, FileName), FileText(StemLength, Stem),
+      {{*WriteRec, *WriteLOD, *WriteDistance},
+       {*NumMarkers, *NumChromosomes, ChromosomeName, ChromosomeMarkers, Order, Position},
+       *FileMarkers,
+       Deleted,
+       {RecBoth, RecAB, RecCD},  // the whole map first
+       {LODBoth, LODAB, LODCD},
+       {DistanceBoth, DistanceAB, DistanceCD},
+       PhaseCode});
+} catch (...) {
+  platform::FatalException();
+}
+
+void PLMOUTPUT(const int32_t* WriteRec, const int32_t* WriteLOD, const int32_t* WriteDistance,
+               const int32_t* NameLength, const char* FileName, const int32_t* StemLength, const char* Stem,
+               const int32_t* NumMarkers, const int32_t* NumChromosomes, const char* ChromosomeName,
+               const int32_t* ChromosomeMarkers, const int32_t* Order, const float* Position,
+               const int32_t* FileMarkers, const int32_t* Deleted, const float* Rec, const float* LOD,
+               const float* Distance) noexcept try {
+  results::WriteMultiParentResults(
+      FileText(NameLength, FileName), FileText(StemLength, Stem),
+      {{*WriteRec, *WriteLOD, *WriteDistance},
+       {*NumMarkers, *NumChromosomes, ChromosomeName, ChromosomeMarkers, Order, Position},
+       *FileMarkers,
+       Deleted,
+       Rec,
+       LOD,
+       Distance});
 } catch (...) {
   platform::FatalException();
 }

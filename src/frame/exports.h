@@ -182,6 +182,50 @@ TESSARMONT_EXPORT void MAPOUTPUT(const int32_t* NameLength, const char* FileName
                                  const char* ChromosomeName, const int32_t* ChromosomeMarkers,
                                  const int32_t* Order, const float* Position) TESSARMONT_NOEXCEPT;
 
+/* CDMOUTPUT: writes the results of a clonal F1 or double cross for a finished map: STEM.hap (haplotypes of
+ * the parents), STEM.cdq (project file of the mapping engine), STEM.sum, .sumf, .summ (summaries of the whole
+ * map, of parent AB and of parent CD) and, family by family, the pair tables STEM.rec, .lod, .dis with their
+ * "f" and "m". WriteRec, WriteLOD, WriteDistance  in  int32  1 writes the three tables of the family
+ *   NameLength, FileName   in  the CDM project file that the map was built from
+ *   StemLength, Stem       in  path of the new files without extension
+ *   NumMarkers             in  int32        places on the map
+ *   NumChromosomes         in  int32        C
+ *   ChromosomeName         in  bytes[19*C]  blank-padded fields
+ *   ChromosomeMarkers      in  int32[C]     places per group
+ *   Order                  in  int32[NumMarkers]   running number in the file of the marker at each place
+ *   Position               in  real32[NumMarkers]  centimorgans on the whole map
+ *   FileMarkers            in  int32        N, markers of the file
+ *   Deleted                in  int32[N - NumMarkers]  running numbers of the markers that are not on the map
+ *   RecAB, RecCD, RecBoth, LODAB .. LODBoth, DistanceAB .. DistanceBoth  in  real32[P]
+ *   PhaseCode              in  int32[P]     1 and 2 coupling in AB, 1 and 3 in CD; outside 1 to 4 unknown
+ * Pair arrays run over the file's markers. No log, no Status: what cannot be read of the file stays blank. */
+TESSARMONT_EXPORT void CDMOUTPUT(const int32_t* WriteRec, const int32_t* WriteLOD,
+                                 const int32_t* WriteDistance, const int32_t* NameLength,
+                                 const char* FileName, const int32_t* StemLength, const char* Stem,
+                                 const int32_t* NumMarkers, const int32_t* NumChromosomes,
+                                 const char* ChromosomeName, const int32_t* ChromosomeMarkers,
+                                 const int32_t* Order, const float* Position, const int32_t* FileMarkers,
+                                 const int32_t* Deleted, const float* RecAB, const float* RecCD,
+                                 const float* RecBoth, const float* LODAB, const float* LODCD,
+                                 const float* LODBoth, const float* DistanceAB, const float* DistanceCD,
+                                 const float* DistanceBoth, const int32_t* PhaseCode) TESSARMONT_NOEXCEPT;
+
+/* PLMOUTPUT: writes the results of a four- or eight-parent population for a finished map: STEM.plq (project
+ * file of the mapping engine), STEM.sum (summary) and, where asked for, the pair tables STEM.rec, .lod, .dis.
+ *   WriteRec, WriteLOD, WriteDistance  in  int32  1 writes the table
+ *   NameLength, FileName   in  the PLM project file that the map was built from
+ *   StemLength .. Deleted  in  as in CDMOUTPUT
+ *   Rec, LOD, Distance     in  real32[P]
+ * Pair arrays run over the file's markers. No log, no Status: what cannot be read of the file stays blank. */
+TESSARMONT_EXPORT void PLMOUTPUT(const int32_t* WriteRec, const int32_t* WriteLOD,
+                                 const int32_t* WriteDistance, const int32_t* NameLength,
+                                 const char* FileName, const int32_t* StemLength, const char* Stem,
+                                 const int32_t* NumMarkers, const int32_t* NumChromosomes,
+                                 const char* ChromosomeName, const int32_t* ChromosomeMarkers,
+                                 const int32_t* Order, const float* Position, const int32_t* FileMarkers,
+                                 const int32_t* Deleted, const float* Rec, const float* LOD,
+                                 const float* Distance) TESSARMONT_NOEXCEPT;
+
 #ifdef __cplusplus
 }
 #endif

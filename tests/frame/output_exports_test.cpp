@@ -1,0 +1,74 @@
+// CDMOUTPUT and PLMOUTPUT hand each argument to its place.
+
+#include <string>
+#include <vector>
+
+#include "frame/exports.h"
+#include "platform/unit.h"
+#include "tests/support/scratch.h"
+
+namespace {
+
+using support::Exists;
+using support::ReadFile;
+using support::ScratchFolder;
+using support::WriteFile;
+
+std::string Field(const std::string& name) { return name + std::string(19 - name.size(), ' '); }
+
+// The value of the only pair in a table of two markers.
+std::string OnlyValue(const std::string& file) {
+  const std::string text = ReadFile(file);
+  const std::size_t last = text.find_last_of(' ');
+  return text.substr(last + 1, text.size() - last - 2);
+}
+
+TEST(CdmOutput, EveryArgumentReachesItsFile) {
+  const ScratchFolder folder;
+  WriteFile("in.cdm", "1\n1\n2\n3\n2\nABCD m1 AC BD\nABCD m2 AC BD\nA=B m3 XC XD\nm1 0\nm2 0\nm3 0\n");
+  const int32_t on = 1, off = 0, fileLength = 6, stemLength = 3, two = 2, one = 1, three = 3;
+  const int32_t places[] = {2}, order[] = {1, 2}, deleted[] = {3}, phase[] = {4, 1, 1};
+  const float position[] = {0, 5};
+  float pairs[9][3];
+  for (int k = 0; k < 9; ++k) {
+    pairs[k][0] = 0.01F * static_cast<float>(k + 1);  // the pair of m2 and m1
+    pairs[k][1] = pairs[k][2] = 9;
+  }
+  CDMOUTPUT(&on, &off, &on, &fileLength, "in.cdm", &stemLength, "out", &two, &one, Field("LG1").data(),
+            places, order, position, &three, deleted, pairs[0], pairs[1], pairs[2], pairs[3], pairs[4],
+            pairs[5], pairs[6], pairs[7], pairs[8], phase);
+  EXPECT_EQ(OnlyValue("out.recf"), "0.0100");
+  EXPECT_EQ(OnlyValue("out.recm"), "0.0200");
+  EXPECT_EQ(OnlyValue("out.rec"), "0.0300");
+  EXPECT_FALSE(Exists("out.lod"));
+  EXPECT_EQ(OnlyValue("out.disf"), "0.0700");
+  EXPECT_EQ(OnlyValue("out.dism"), "0.0800");
+  EXPECT_EQ(OnlyValue("out.dis"), "0.0900");
+  EXPECT_NE(ReadFile("out.cdq").find("m2" + std::string(33, ' ') + " BD AC"), std::string::npos)
+      << "repulsion in both";
+  EXPECT_NE(ReadFile("out.sum").find("m3"), std::string::npos) << "deleted";
+  EXPECT_FALSE(Exists("CDM.log") || platform::IsConnected(100));
+  CDMOUTPUT(&off, &on, &off, &fileLength, "in.cdm", &stemLength, "two", &two, &one, Field("LG1").data(),
+            places, order, position, &three, deleted, pairs[0], pairs[1], pairs[2], pairs[3], pairs[4],
+            pairs[5], pairs[6], pairs[7], pairs[8], phase);
+  EXPECT_EQ(OnlyValue("two.lodf"), "0.0400");
+  EXPECT_EQ(OnlyValue("two.lodm"), "0.0500");
+  EXPECT_EQ(OnlyValue("two.lod"), "0.0600");
+}
+
+TEST(PlmOutput, EveryArgumentReachesItsFile) {
+  const ScratchFolder folder;
+  WriteFile("in.plm", "1\n1\n2\n3\n2\nABCD m1 A B\nABCD m2 C D\nABAB m3 A B\nm1 0\nm2 0\nm3 0\n");
+  const int32_t on = 1, fileLength = 6, stemLength = 3, two = 2, one = 1, three = 3;
+  const int32_t places[] = {2}, order[] = {1, 2}, deleted[] = {3};
+  const float position[] = {0, 5}, rec[] = {0.01F, 9, 9}, lod[] = {0.02F, 9, 9}, distance[] = {0.03F, 9, 9};
+  PLMOUTPUT(&on, &on, &on, &fileLength, "in.plm", &stemLength, "out", &two, &one, Field("LG1").data(), places,
+            order, position, &three, deleted, rec, lod, distance);
+  EXPECT_EQ(OnlyValue("out.rec"), "0.0100");
+  EXPECT_EQ(OnlyValue("out.lod"), "0.0200");
+  EXPECT_EQ(OnlyValue("out.dis"), "0.0300");
+  EXPECT_NE(ReadFile("out.plq").find("m2" + std::string(33, ' ') + " C D"), std::string::npos);
+  EXPECT_NE(ReadFile("out.sum").find("m3"), std::string::npos);
+}
+
+}  // namespace
