@@ -5,11 +5,13 @@
 
 #include "host/command_line.h"
 #include "host/fault_report.h"
+#include "host/file_summary.h"
 #include "host/input_file.h"
 #include "host/map_report.h"
 #include "host/marker_data.h"
 #include "host/populations.h"
 #include "host/text.h"
+#include "host/trait_data.h"
 
 namespace host {
 namespace {
@@ -29,8 +31,9 @@ const ModuleRow& ModuleFor(const std::filesystem::path& path, const std::string&
   const std::string known = "; this version checks " + CheckedModules();
   if (!asked.empty()) throw Failure{ExitCode::UsageWrong, "--module " + asked + " is not known" + known};
   if (row != nullptr) {
-    throw Failure{ExitCode::InputWrong, path.string() + " is a " + std::string(row->code) +
-                                            " project file (" + std::string(row->kind) + ")" + known};
+    throw Failure{ExitCode::InputWrong, path.string() + " is a project file of kind " +
+                                            std::string(row->code) + " (" + std::string(row->kind) + ")" +
+                                            known};
   }
   throw Failure{ExitCode::InputWrong, path.string() + ": the extension \"" + path.extension().string() +
                                           "\" names no Module" + known + "; --module names one"};
@@ -38,7 +41,7 @@ const ModuleRow& ModuleFor(const std::filesystem::path& path, const std::string&
 
 void Refuse(const InputFile& file, const LoadResult& load, Verdict& verdict) {
   verdict.code = ExitCode::InputWrong;
-  verdict.faults = FaultsOf(file, load.log);
+  verdict.faults = FaultsOf(file, verdict.module, load.log);
   verdict.faultText = FaultText(file, verdict.faults);
 }
 
@@ -72,6 +75,25 @@ void CheckBinFile(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
   verdict.facts = {{"markers", data.numMarkers}, {"missing", missing}, {"module_code", moduleCode}};
 }
 
+// The library says only that the file is good; what it holds is told by the host's own walk.
+void CheckLinkageFile(const InputFile& file, Verdict& verdict) {
+  const LoadResult load = CheckTraitFile(file, verdict.module);
+  if (!load.good) return Refuse(file, load, verdict);
+  const FileSummary summary = SummaryOf(ReadWhole(file.absolute), verdict.module);
+  verdict.sentence = summary.sentence;
+  verdict.facts = summary.facts;
+}
+
+void CheckCmpFile(const InputFile& file, Verdict& verdict) {
+  MapCounts counts;
+  const LoadResult load = CountMaps(file, counts);
+  if (!load.good) return Refuse(file, load, verdict);
+  verdict.sentence = Counted(counts.maps, "map") + ", " + Counted(counts.markers, "marker") + " over all";
+  verdict.facts = {{"maps", counts.maps},
+                   {"markers_over_all_maps", counts.markers},
+                   {"marker_space", counts.markerSpaceType == 1 ? "intervals" : "positions"}};
+}
+
 Verdict CheckOne(const std::string& path, const CheckOptions& options) {
   Verdict verdict;
   verdict.file = path;
@@ -81,6 +103,10 @@ Verdict CheckOne(const std::string& path, const CheckOptions& options) {
     const InputFile file = OpenInput(path);
     if (module.code == "BIN") {
       CheckBinFile(file, options.moduleCode, verdict);
+    } else if (module.code == "CMP") {
+      CheckCmpFile(file, verdict);
+    } else if (HasTraitCheck(module.code)) {
+      CheckLinkageFile(file, verdict);
     } else {
       CheckMapFile(file, options.json, verdict);
     }
@@ -112,7 +138,7 @@ nlohmann::json Json(const Verdict& verdict) {
   if (verdict.code != ExitCode::Good && verdict.faults.empty()) json["error"] = verdict.sentence;
   json["faults"] = nlohmann::json::array();
   for (const Fault& fault : verdict.faults) {
-    json["faults"].push_back({{"report", fault.report}, {"lines", fault.lines}, {"hint", fault.hint}});
+    json["faults"].push_back(FaultJson(fault));
   }
   return json;
 }
@@ -128,7 +154,7 @@ CLI::App* DeclareCheck(CLI::App& app, CheckOptions& options) {
   check->add_flag("--json", options.json, "print one JSON object: files, each with its facts or faults");
   check->footer(
       "Example: prints a line for each good file, the report and its line number for a bad one\n"
-      "  tessarmont check examples/listeria.map examples/hyper.map");
+      "  tessarmont check examples/listeria.map examples/multitrait.map");
   return check;
 }
 

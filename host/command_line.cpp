@@ -24,6 +24,8 @@ constexpr const char* kFooter =
 struct Options {
   CheckOptions check;
   MapOptions map;
+  ConsensusOptions consensus;
+  GsOptions gs;
   TwoPointOptions twoPoint;
 };
 
@@ -40,6 +42,8 @@ ExitCode Run(CLI::App& app, int count, char** arguments) {
   Options options;
   const CLI::App* check = DeclareCheck(app, options.check);
   const CLI::App* map = DeclareMap(app, options.map);
+  const CLI::App* consensus = DeclareConsensus(app, options.consensus);
+  const CLI::App* gs = DeclareGs(app, options.gs);
   DeclareTwoPoint(app, options.twoPoint);
   if (count > 1) RequireSubcommand(app, arguments[1]);
   try {
@@ -50,6 +54,8 @@ ExitCode Run(CLI::App& app, int count, char** arguments) {
   CatchInterrupts();
   if (check->parsed()) return RunCheck(options.check);
   if (map->parsed()) return RunMap(options.map);
+  if (consensus->parsed()) return RunConsensus(options.consensus);
+  if (gs->parsed()) return RunGs(options.gs);
   return RunTwoPoint(options.twoPoint);
 }
 

@@ -28,6 +28,21 @@ struct MapOptions {
 CLI::App* DeclareMap(CLI::App& app, MapOptions& options);
 ExitCode RunMap(const MapOptions& options);
 
+struct GsOptions {
+  std::string file;
+  bool json = false;
+};
+CLI::App* DeclareGs(CLI::App& app, GsOptions& options);
+ExitCode RunGs(const GsOptions& options);
+
+struct ConsensusOptions {
+  std::string file, stem;
+  std::vector<std::string> tables;  // with --build
+  bool json = false, quiet = false;
+};
+CLI::App* DeclareConsensus(CLI::App& app, ConsensusOptions& options);
+ExitCode RunConsensus(const ConsensusOptions& options);
+
 struct TwoPointOptions {
   std::string population, pairCode, classes;
   std::vector<std::string> counts;

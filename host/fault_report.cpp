@@ -1,11 +1,18 @@
 #include "host/fault_report.h"
 
+#include <nlohmann/json.hpp>
+
 namespace host {
 
-std::vector<Fault> FaultsOf(const InputFile& file, const std::vector<std::string>& log) {
-  std::vector<Fault> faults = LocateFaults(log, ReadWhole(file.absolute));
+std::vector<Fault> FaultsOf(const InputFile& file, std::string_view module,
+                            const std::vector<std::string>& log) {
+  std::vector<Fault> faults = LocateFaults(log, ReadWhole(file.absolute), module);
   if (faults.empty()) faults.push_back({log, {}, "the library refused the file without a report"});
   return faults;
+}
+
+nlohmann::json FaultJson(const Fault& fault) {
+  return {{"report", fault.report}, {"lines", fault.lines}, {"hint", fault.hint}};
 }
 
 std::string FaultText(const InputFile& file, const std::vector<Fault>& faults) {

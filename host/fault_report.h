@@ -1,6 +1,8 @@
 #pragma once
 
+#include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/fault_locator.h"
@@ -11,6 +13,10 @@ namespace host {
 // The library's own lines, each report followed by its place in the file and what is to be seen there.
 std::string FaultText(const InputFile& file, const std::vector<Fault>& faults);
 // The reports of a file that the library has refused; never empty.
-std::vector<Fault> FaultsOf(const InputFile& file, const std::vector<std::string>& log);
+std::vector<Fault> FaultsOf(const InputFile& file, std::string_view module,
+                            const std::vector<std::string>& log);
+
+// {"report": [...], "lines": [...], "hint": "..."}
+nlohmann::json FaultJson(const Fault& fault);
 
 }  // namespace host

@@ -19,14 +19,14 @@ inline constexpr ModuleRow kModules[] = {
     {"BIN", ".bin", "markers for binning", true},
     {"CDM", ".cdm", "markers of a clonal F1 or double cross", false},
     {"PLM", ".plm", "markers of a multi-parent population", false},
-    {"CMP", ".cmp", "maps for a consensus", false},
-    {"BIP", ".bip", "map, markers and traits of a bi-parental population", false},
-    {"MET", ".met", "map, markers and traits in several environments", false},
-    {"NAM", ".nam", "map, markers and traits of nested families", false},
-    {"CSL", ".csl", "substitution lines", false},
-    {"SDL", ".sdl", "map and markers for segregation distortion", false},
-    {"CDQ", ".cdq", "map, markers and traits of a clonal F1 or double cross", false},
-    {"PLQ", ".plq", "map, markers and traits of a multi-parent population", false},
+    {"CMP", ".cmp", "maps for a consensus", true},
+    {"BIP", ".bip", "map, markers and traits of a bi-parental population", true},
+    {"MET", ".met", "map, markers and traits in several environments", true},
+    {"NAM", ".nam", "map, markers and traits of nested families", true},
+    {"CSL", ".csl", "a closed set of lines", true},
+    {"SDL", ".sdl", "map and markers for segregation distortion", true},
+    {"CDQ", ".cdq", "map, markers and traits of a clonal F1 or double cross", true},
+    {"PLQ", ".plq", "map, markers and traits of a multi-parent population", true},
 };
 
 const ModuleRow* ModuleOfExtension(const std::filesystem::path& path);  // any case; null when unknown

@@ -86,6 +86,7 @@ ScratchFolder::ScratchFolder(const std::filesystem::path& parent, std::string_vi
 }
 
 ScratchFolder::~ScratchFolder() {
+  if (path_.empty()) return;  // handed on
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
@@ -138,7 +139,10 @@ CallOutcome AwaitChild(IsolatedCall& call) {
     StopIfInterrupted(call);
     if (waitpid(call.child, &call.waitStatus, 0) == call.child) call.child = -1;
   }
-  if (call.finished[0] != 1) throw Failure{ExitCode::Other, "the library stopped: " + LastWords(call)};
+  if (call.finished[0] != 1) {
+    const std::string words = LastWords(call);
+    throw LibraryStopped{{ExitCode::Other, "the library stopped: " + words}, words};
+  }
   CallOutcome outcome;
   for (const auto& entry : std::filesystem::directory_iterator(call.folder.Path())) {
     if (entry.path().extension() == ".log") AppendLines(entry.path(), outcome.log);

@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "host/exit_code.h"
 #include "host/shared_array.h"
 
 namespace host {
@@ -16,6 +18,7 @@ class ScratchFolder {
  public:
   // Makes PARENT/PREFIXxxxxxx. Failure: Other.
   ScratchFolder(const std::filesystem::path& parent, std::string_view prefix);
+  ScratchFolder(ScratchFolder&& other) noexcept : path_(std::exchange(other.path_, {})) {}
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
   ~ScratchFolder();
@@ -47,6 +50,13 @@ struct IsolatedCall {
   int nextSleep = 1;  // milliseconds
 };
 
+// Thrown when the library ended its process; `words` is what it said last.
+struct LibraryStopped : Failure {
+  std::string words;
+};
+// How its words begin where a file has a phenotype that is no number, for which there is no report.
+inline constexpr std::string_view kNoNumber = "tessarmont: the value '";
+
 struct CallOutcome {
   std::vector<std::string> log;  // of the Module's log, then of the default file
 };
@@ -55,7 +65,8 @@ bool EnterChild(IsolatedCall& call);
 [[noreturn]] void LeaveChild(IsolatedCall& call);
 // Waits a little (1 to 100 ms, longer each time); false when the child has ended.
 bool StillRunning(IsolatedCall& call);
-// Waits for the end. A child that did not reach LeaveChild throws Failure Other with what it said last.
+// Waits for the end. A child that did not reach LeaveChild throws LibraryStopped (Other) with what it said
+// last.
 CallOutcome AwaitChild(IsolatedCall& call);
 
 // After this, SIGINT, SIGTERM and SIGHUP end the waiting with a Failure, so that folders are cleaned up.

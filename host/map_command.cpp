@@ -41,8 +41,8 @@ void RequireMapFile(const std::filesystem::path& path) {
     throw Failure{ExitCode::InputWrong, path.string() + ": the extension \"" + path.extension().string() +
                                             "\" is not known" + wanted};
   }
-  throw Failure{ExitCode::InputWrong, path.string() + " is a " + std::string(row->code) + " project file (" +
-                                          std::string(row->kind) + ")" + wanted};
+  throw Failure{ExitCode::InputWrong, path.string() + " is a project file of kind " + std::string(row->code) +
+                                          " (" + std::string(row->kind) + ")" + wanted};
 }
 
 LinkageMap GroupAndOrder(const MapRun& run, const MapOptions& options) {
@@ -95,7 +95,7 @@ ExitCode RunMap(const MapOptions& options) {
   run.minGroup = options.minGroup;
   const LoadResult load = LoadMap(file, options.quiet, run.data);
   if (!load.good) {
-    std::cerr << FaultText(file, FaultsOf(file, load.log));
+    std::cerr << FaultText(file, FaultsOf(file, "MAP", load.log));
     return ExitCode::InputWrong;
   }
   run.map = GroupAndOrder(run, options);

@@ -8,7 +8,7 @@
 
 #include "frame/exports.h"
 #include "host/exit_code.h"
-#include "host/fault_locator.h"
+#include "host/file_walk.h"
 #include "host/isolated_call.h"
 #include "host/progress.h"
 #include "host/text.h"
@@ -27,16 +27,8 @@ std::size_t Pairs(int32_t markers) {
   return markers < 2 ? 0 : Elements(markers) * (Elements(markers) - 1) / 2;
 }
 
-// Names come as one int32 per character, marker index running fastest, blank-padded to 35.
 std::vector<std::string> Narrowed(const SharedArray<int32_t>& wide, int32_t markers) {
-  std::vector<std::string> names(Elements(markers));
-  for (std::size_t m = 0; m < names.size(); ++m) {
-    for (std::size_t c = 0; c < kNameLength; ++c) {
-      names[m] += static_cast<char>(static_cast<unsigned char>(wide[c * names.size() + m]));
-    }
-    names[m] = WithoutTrailing(names[m], " ");
-  }
-  return names;
+  return NarrowedNames(wide.view(), Elements(markers), kNameLength);
 }
 
 // Genotype cells that the header declares, and a first look at counts that no memory can hold.
@@ -45,9 +37,8 @@ double DeclaredCells(const InputFile& file) {
   std::string head(kHeaderBytes, '\0');
   stream.read(head.data(), static_cast<std::streamsize>(head.size()));
   head.resize(static_cast<std::size_t>(stream.gcount()));
-  const FileLayout layout = WalkMarkerFile(head);
-  if (!layout.values[3] || !layout.values[4]) return 0;
-  return std::max(0.0, static_cast<double>(*layout.values[3]) * static_cast<double>(*layout.values[4]));
+  const FileLayout layout = WalkFile(head, "MAP");
+  return static_cast<double>(layout.TotalMarkers()) * static_cast<double>(layout.lines);
 }
 
 // A marker takes two rows, each at least a character and a line end.
@@ -154,6 +145,17 @@ double NumberIn(const char* path, std::string_view key) {
 }
 
 }  // namespace
+
+std::vector<std::string> NarrowedNames(std::span<const int32_t> wide, std::size_t count, std::size_t width) {
+  std::vector<std::string> names(count);
+  for (std::size_t m = 0; m < count; ++m) {
+    for (std::size_t c = 0; c < width; ++c) {
+      names[m] += static_cast<char>(static_cast<unsigned char>(wide[c * count + m]));
+    }
+    names[m] = WithoutTrailing(names[m], " ");
+  }
+  return names;
+}
 
 double MapBytes(int32_t markers, double fileBytes, double cells) {
   const double n = markers;

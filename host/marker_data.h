@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,10 @@ struct LoadResult {
 // note and the progress line away from standard error.
 LoadResult LoadMap(const InputFile& file, bool quiet, MapData& data);
 LoadResult LoadBin(const InputFile& file, int32_t moduleCode, BinData& data);
+
+// Names as the library hands them out: one int32 per character, the running number of the name fastest,
+// `width` characters blank-padded, which are cut.
+std::vector<std::string> NarrowedNames(std::span<const int32_t> wide, std::size_t count, std::size_t width);
 
 // Bytes that a check of a MAP file needs: four numbers a pair, a byte a genotype, and the file itself.
 double MapBytes(int32_t markers, double fileBytes, double cells);

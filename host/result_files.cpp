@@ -23,10 +23,6 @@ struct ProjectFileRow {
 constexpr ProjectFileRow kProjectFiles[] = {{".bip", 51}, {".met", 50}, {".sdl", 46}};
 constexpr const char* kTable = ".map.tsv";
 
-std::filesystem::path Made(const ResultFiles& results, const std::string& extension) {
-  return results.folder.Path() / (std::string(kName) + extension);
-}
-
 std::filesystem::path Final(const std::filesystem::path& stem, const std::string& extension) {
   return stem.string() + extension;
 }
@@ -53,7 +49,7 @@ FlatMap Flatten(const LinkageMap& map, int32_t markerSpaceType) {
 
 void CheckWritten(const ResultFiles& results, const FlatMap& flat) {
   for (const ProjectFileRow& row : kProjectFiles) {
-    const std::string text = ReadWhole(Made(results, row.extension));
+    const std::string text = ReadWhole(Unpublished(results, row.extension));
     const auto lines = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
     const std::size_t wanted = row.fixedLines + flat.counts.size() + 2 * flat.order.size();
     if (lines != wanted || !text.ends_with('\n')) {
@@ -63,13 +59,13 @@ void CheckWritten(const ResultFiles& results, const FlatMap& flat) {
   }
 }
 
-void RefuseToReplaceInput(const std::filesystem::path& stem, const InputFile& input) {
-  std::vector<std::string> extensions{kTable};
-  for (const ProjectFileRow& row : kProjectFiles) extensions.emplace_back(row.extension);
+void RefuseToReplace(const std::filesystem::path& stem, const std::vector<std::filesystem::path>& inputs,
+                     const std::vector<std::string>& extensions) {
   for (const std::string& extension : extensions) {
     const std::filesystem::path target = Final(stem, extension);
     std::error_code error;
-    if (std::filesystem::equivalent(target, input.absolute, error)) {
+    for (const std::filesystem::path& input : inputs) {
+      if (!std::filesystem::equivalent(target, input, error)) continue;
       throw Failure{ExitCode::Other, target.string() + " is the input itself; choose another -o STEM"};
     }
     if (std::filesystem::is_directory(target, error)) {
@@ -92,14 +88,25 @@ std::filesystem::path FolderOf(const std::filesystem::path& stem) {
 ResultFiles OpenResults(const std::string& stem, const InputFile& input) {
   std::filesystem::path path = stem;
   if (stem.empty()) path = std::filesystem::path(input.given).replace_extension();
-  const std::string name = path.filename().string();
+  std::vector<std::string> extensions{kTable};
+  for (const ProjectFileRow& row : kProjectFiles) extensions.emplace_back(row.extension);
+  return OpenResults(path, {input.absolute}, extensions);
+}
+
+ResultFiles OpenResults(const std::filesystem::path& stem, const std::vector<std::filesystem::path>& inputs,
+                        const std::vector<std::string>& extensions) {
+  const std::string name = stem.filename().string();
   if (name.empty() || name == "." || name == "..") {
     throw Failure{ExitCode::UsageWrong,
-                  "-o needs a file name without extension; \"" + stem + "\" names a folder"};
+                  "-o needs a file name without extension; \"" + stem.string() + "\" names a folder"};
   }
-  const std::filesystem::path folder = FolderOf(path);
-  RefuseToReplaceInput(path, input);
-  return {path, {folder, ".tessarmont-"}};
+  const std::filesystem::path folder = FolderOf(stem);
+  RefuseToReplace(stem, inputs, extensions);
+  return {stem, {folder, ".tessarmont-"}};
+}
+
+std::filesystem::path Unpublished(const ResultFiles& results, const std::string& extension) {
+  return results.folder.Path() / (std::string(kName) + extension);
 }
 
 void WriteProjectFiles(const ResultFiles& results, const InputFile& input, const MapData& data,
@@ -124,7 +131,7 @@ void WriteProjectFiles(const ResultFiles& results, const InputFile& input, const
 }
 
 void WriteText(const ResultFiles& results, const std::string& extension, const std::string& text) {
-  std::ofstream file(Made(results, extension), std::ios::binary);
+  std::ofstream file(Unpublished(results, extension), std::ios::binary);
   file << text;
   file.close();
   if (!file) throw Failure{ExitCode::Other, "cannot write " + Final(results.stem, extension).string()};
@@ -140,7 +147,7 @@ std::vector<std::string> Publish(const ResultFiles& results) {
   std::vector<std::string> written;
   for (const std::string& extension : extensions) {
     std::error_code error;
-    std::filesystem::rename(Made(results, extension), Final(results.stem, extension), error);
+    std::filesystem::rename(Unpublished(results, extension), Final(results.stem, extension), error);
     if (error) {
       throw Failure{ExitCode::Other,
                     "cannot write " + Final(results.stem, extension).string() + ": " + error.message()};

@@ -22,6 +22,13 @@ struct ResultFiles {
 // file, Other when its folder is missing or not writable or when a result would replace the input.
 ResultFiles OpenResults(const std::string& stem, const InputFile& input);
 
+// The same for any command: a result takes one of the `extensions` behind the stem, and none of `inputs` may
+// be replaced.
+ResultFiles OpenResults(const std::filesystem::path& stem, const std::vector<std::filesystem::path>& inputs,
+                        const std::vector<std::string>& extensions);
+// Path of a result that is not published yet.
+std::filesystem::path Unpublished(const ResultFiles& results, const std::string& extension);
+
 // The three project files of the mapping engines, made by the library and looked through afterwards, since
 // the library has no way to tell that it could not.
 void WriteProjectFiles(const ResultFiles& results, const InputFile& input, const MapData& data,

@@ -54,6 +54,17 @@ std::string_view WithoutTrailing(std::string_view text, std::string_view charact
   return text.substr(0, text.find_last_not_of(characters) + 1);
 }
 
+std::vector<std::string_view> BlankParted(std::string_view line) {
+  constexpr std::string_view separators = " \t";
+  std::vector<std::string_view> words;
+  for (std::size_t at = line.find_first_not_of(separators); at != std::string_view::npos;) {
+    const std::size_t end = line.find_first_of(separators, at);
+    words.push_back(line.substr(at, end == std::string_view::npos ? end : end - at));
+    at = line.find_first_not_of(separators, end);
+  }
+  return words;
+}
+
 std::vector<std::string_view> Lines(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {

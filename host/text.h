@@ -20,6 +20,9 @@ std::string Padded(std::string_view text, std::size_t width);
 std::string RightAligned(std::string_view text, std::size_t width);
 std::string_view WithoutTrailing(std::string_view text, std::string_view characters);
 
+// Words parted by blanks and tabs.
+std::vector<std::string_view> BlankParted(std::string_view line);
+
 // Lines at LF, a CR before it dropped; a last line without an end counts.
 std::vector<std::string_view> Lines(std::string_view text);
 

@@ -36,6 +36,8 @@ TEST(Command, HelpVersionAndUsage) {
   ExpectExits(sandbox, {{{"--help"}, 0, "Exit codes"},
                         {{"--version"}, 0, "tessarmont "},
                         {{"check", "--help"}, 0, "tessarmont check examples/"},
+                        {{"consensus", "--help"}, 0, "tessarmont consensus both.cmp"},
+                        {{"gs", "--help"}, 0, "tessarmont gs small.gs"},
                         {{"map", "--help"}, 0, "tessarmont map examples/"},
                         {{"twopoint", "--help"}, 0, "tessarmont twopoint --population F2"},
                         {{}, 2, "subcommand"},
@@ -64,6 +66,10 @@ TEST(Command, FilesThatCannotBeRead) {
   std::string large = "3\n2\n2\n900000\n1\n";
   for (int m = 0; m < 900000; ++m) large += "m A\n";
   sandbox.Write("large.map", large);
+  ExpectExits(sandbox, {{{"map", "traits.bip"}, 1, "is a project file of kind BIP"},
+                        {{"check", "traits.bip"}, 1, "--Input error: Mapping Function out of range!"},
+                        {{"gs", "missing.gs"}, 3, "there is no such file"},
+                        {{"gs", "calls.map"}, 1, "looks like a VCF file"}});
   for (const char* command : {"check", "map"}) {
     ExpectExits(sandbox, {{{command, "missing.map"}, 3, "there is no such file"},
                           {{command, "empty.map/x.map"}, 3, "Not a directory"},
@@ -75,7 +81,6 @@ TEST(Command, FilesThatCannotBeRead) {
                           {{command, "packed.map"}, 1, "gzip"},
                           {{command, "marked.map"}, 1, "byte order mark"},
                           {{command, "binary.map"}, 1, "a binary file"},
-                          {{command, "traits.bip"}, 1, "is a BIP project file"},
                           {{command, "notes.txt"}, 1, "\".txt\""},
                           {{command, "declares.map"}, 1, "cannot hold their rows"},
                           {{command, "large.map"}, 3, "of memory"}});

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -83,6 +84,37 @@ TEST(Map, RecoversTwoChromosomes) {
                              [&](const std::string& line) { return line.starts_with(row); }),
                 lines.end())
           << row;
+    }
+  }
+}
+
+// The example files list their markers in the published order, chromosome after chromosome.
+TEST(Map, RecoversPublishedMaps) {
+  const struct {
+    const char* file;
+    const char* lod;
+    std::size_t groups;
+  } cases[] = {{"listeria", "3", 19}, {"multitrait", "6", 5}};
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.file);
+    const Sandbox sandbox;
+    const std::filesystem::path input =
+        std::filesystem::path(EXAMPLES_DIR) / (std::string(test.file) + ".map");
+    const auto command = RunCommand(sandbox, {"map", input.string(), "--lod", test.lod, "-o", "x", "--json"});
+    ASSERT_EQ(command.code, 0) << command.err;
+    const auto json = nlohmann::json::parse(command.out);
+    EXPECT_EQ(json["groups"].size(), test.groups);
+    EXPECT_EQ(json["unlinked"].size(), 0U);
+    for (const auto& group : json["groups"]) {
+      std::vector<int> numbers;
+      for (const auto& marker : group["markers"]) numbers.push_back(marker["number"]);
+      const auto [least, most] = std::minmax_element(numbers.begin(), numbers.end());
+      EXPECT_EQ(*most - *least + 1, static_cast<int>(numbers.size())) << "a chromosome was cut or joined";
+      int agreeing = 0, pairs = 0;
+      for (std::size_t i = 1; i < numbers.size(); ++i) {
+        for (std::size_t j = 0; j < i; ++j, ++pairs) agreeing += numbers[j] < numbers[i] ? 1 : -1;
+      }
+      EXPECT_GE(agreeing, 0.9 * pairs) << "order of " << group["name"];
     }
   }
 }
