@@ -1,11 +1,14 @@
 #pragma once
 
 // A record of text as its edit list tells it: "I10,2X,A" is an integer in ten columns, two blanks, a text.
-//   A   text as long as it is          Aw     text right-aligned in w columns, its first w characters if
-//   longer Iw  integer, right-aligned         Fw.d   real with d decimals, right-aligned nX  n blanks a
-//   number in front repeats: 3F16.4
-// A number too wide for its field gives asterisks. A not-a-number prints "NaN", an infinity "Infinity" or
-// "-Infinity" where the field holds it. A record ends behind its last value.
+//   A      text as long as it is
+//   Aw     text right-aligned in w columns, its first w characters if longer
+//   Iw     integer, right-aligned
+//   Fw.d   real with d decimals, right-aligned
+//   Ew.dEe real as 0.dddd and an exponent of e digits, right-aligned
+//   nX     n blanks
+// A number in front repeats: 3F16.4. A number too wide for its field gives asterisks. A not-a-number prints
+// "NaN", an infinity "Infinity" or "-Infinity" where the field holds it. A record ends behind its last value.
 
 #include <array>
 #include <cstddef>
@@ -18,10 +21,11 @@
 namespace platform {
 
 struct Edit {
-  char code = 0;     // A, I, F or X
+  char code = 0;     // A, I, F, E or X
   int width = 0;     // columns; 0 for a text as long as it is; the number of blanks for X
-  int decimals = 0;  // F
+  int decimals = 0;  // F and E
   int repeat = 1;
+  int exponent = 0;  // digits of it, E
 };
 
 struct EditList {
@@ -50,13 +54,19 @@ consteval EditList Edits(std::string_view text) {
     if (edit.code == 'X') {
       edit.width = edit.repeat;
       edit.repeat = 1;
-    } else if (edit.code == 'A' || edit.code == 'I' || edit.code == 'F') {
+    } else if (edit.code == 'A' || edit.code == 'I' || edit.code == 'F' || edit.code == 'E') {
       edit.width = number(0);
-      if (edit.code == 'F') {
+      if (edit.code == 'F' || edit.code == 'E') {
         if (at >= text.size() || text[at++] != '.') {
-          throw "a real field is written Fw.d";
+          throw "a real field is written Fw.d or Ew.dEe";
         }
         edit.decimals = number(0);
+      }
+      if (edit.code == 'E') {
+        if (at >= text.size() || text[at++] != 'E' || edit.decimals == 0) {
+          throw "an exponent field is written Ew.dEe";
+        }
+        edit.exponent = number(0);
       }
       if (edit.code != 'A' && edit.width == 0) {
         throw "a number needs a width";
@@ -76,6 +86,7 @@ consteval EditList Edits(std::string_view text) {
 void AppendText(std::string& record, int width, std::string_view text);
 void AppendInteger(std::string& record, int width, int32_t value);
 void AppendReal(std::string& record, int width, int decimals, float value);
+void AppendExponent(std::string& record, int width, int decimals, int exponent, float value);
 
 // The record of a list and its values, in order; ends behind the last value.
 std::string Record(const EditList& list, std::initializer_list<Value> values);

@@ -1,6 +1,5 @@
 #include "stats/distributions.h"
 
-#include <charconv>
 #include <cmath>
 #include <string>
 
@@ -46,11 +45,6 @@ float WilsonHilferty(float chsq, float df) {
   if (z > 5) return 1;
   if (z < -18.8055) return 0;
   return static_cast<float>(Normal(z));
-}
-
-std::string Shown(float value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
 }  // namespace

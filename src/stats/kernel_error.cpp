@@ -1,5 +1,6 @@
 #include "stats/kernel_error.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -18,6 +19,11 @@ void PrintTerminalError(std::string_view routine, std::string_view message) {
 void TerminalError(std::string_view routine, std::string_view message) {
   PrintTerminalError(routine, message);
   std::exit(EXIT_FAILURE);  // runs the destructors that flush the open files
+}
+
+std::string Shown(float value) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, value).ptr};
 }
 
 }  // namespace stats

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace stats {
@@ -10,5 +11,8 @@ void PrintTerminalError(std::string_view routine, std::string_view message);
 // Prints that line and ends the process with a non-zero status. Callers hold to the preconditions of the
 // kernels; none of them examines an error state.
 [[noreturn]] void TerminalError(std::string_view routine, std::string_view message);
+
+// A real as messages show it: the fewest digits that tell it.
+std::string Shown(float value);
 
 }  // namespace stats

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <limits>
+#include <random>
+#include <string>
 
 namespace platform {
 namespace {
@@ -27,11 +33,37 @@ TEST(Record, FieldsStandRightAlignedOrGiveAsterisks) {
       {Record(Edits("2F10.4"), {0.1F, 16777216.0F}), "    0.1000**********"},
       {Record(Edits("F8.2,F9.2,F7.2"), {kInfinity, -kInfinity, kInfinity}), "Infinity-Infinity*******"},
       {Record(Edits("F8.2,F8.2,F2.0"), {-kInfinity, kNaN, kNaN}), "********     NaN**"},
+      {Record(Edits("E16.4E3"), {0.00123F}), "     0.1230E-002"},
+      {Record(Edits("2E12.4E3"), {-1.0F, 0.99996F}), "-0.1000E+001 0.1000E+001"},
+      {Record(Edits("E12.4E3,E9.1E2"), {0.0F, 1e-45F}), " 0.0000E+000  0.1E-44"},
+      {Record(Edits("E8.4E3,E9.2E1,E6.2E1"), {1.0F, 1e12F, 3.0F}), "***********************"},
+      {Record(Edits("E10.4E3,E8.2E2,E9.2E2"), {kNaN, kInfinity, -kInfinity}), "       NaNInfinity-Infinity"},
       {Record(Edits("A4,1X,I4,F8.2"), {"a"}), "   a"},
       {Record(Edits("3A2"), {"a"}), " a"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(c.record, c.expected);
+  }
+}
+
+// Ties, carries, signs and sizes: every real prints as the exact decimal form rounds.
+TEST(Record, RealsAreTheRoundedDecimalForm) {
+  std::mt19937 random(11);
+  char expected[80];
+  for (int k = 0; k < 200000; ++k) {
+    const auto bits = static_cast<uint32_t>(random());
+    const float any = std::bit_cast<float>(bits);
+    const float value =
+        k % 3 == 0 ? any
+                   : static_cast<float>(static_cast<int32_t>(bits) % 1000003) / (k % 3 == 1 ? 32.0F : 7.0F);
+    if (!std::isfinite(value)) {
+      continue;
+    }
+    const int decimals = k % 7;
+    std::snprintf(expected, sizeof expected, "%60.*f", decimals, static_cast<double>(value));
+    std::string record;
+    AppendReal(record, 60, decimals, value);
+    ASSERT_EQ(record, expected);
   }
 }
 

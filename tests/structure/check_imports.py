@@ -14,7 +14,8 @@ MAY_INCLUDE = {
     "recombination": {"stats"},
     "ordering": {"recombination", "stats", "platform"},
     "results": {"project", "ordering", "recombination", "stats", "platform"},
-    "frame": {"results", "project", "ordering", "recombination", "stats", "platform"},
+    "trial": {"project", "stats", "platform"},
+    "frame": {"results", "trial", "project", "ordering", "recombination", "stats", "platform"},
 }
 root = pathlib.Path(sys.argv[1])
 faults, seen = [], 0
@@ -28,6 +29,8 @@ for path in sorted([*root.glob("src/**/*.[ch]*"), *root.glob("host/**/*.[ch]*")]
                 faults.append(f"{path}: {header}")
         elif target != floor and target not in MAY_INCLUDE[floor]:
             faults.append(f"{path}: {header}")
+        if floor == "trial" and target == "project" and header != "project/reader.h":
+            faults.append(f"{path}: {header} (trial knows only the reader)")
         if floor == "stats" and target == "platform" and header != "platform/fatal.h":
             faults.append(f"{path}: {header} (stats knows only the fatal path)")
 assert seen > 50, "no includes found"
