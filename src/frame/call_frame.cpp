@@ -8,6 +8,7 @@
 #include "platform/console.h"
 #include "platform/unit.h"
 #include "project/loader.h"
+#include "trial/analysis.h"
 
 namespace frame {
 namespace {
@@ -216,6 +217,22 @@ void PlainCheck(project::Module module, std::string_view fileName, int32_t* Stat
   TellRun(check);
   project::ReleaseStore(module);
   CloseLog(check);
+}
+
+void RunTrialTool(std::string_view path, int32_t numRows, int32_t numColumns, int32_t numClasses,
+                  int32_t* Status) {
+  constexpr int32_t kTrialLog = 2004;
+  platform::OpenUnit(kTrialLog, "ANOVA.log", platform::OpenStatus::Replace);
+  *Status = 0;
+  if (trial::RunTrialAnalysis(kTrialLog, numRows, numColumns, numClasses, path)) {
+    platform::WriteRecord(kTrialLog, Joined(Form::Plain, path, " runs successfully!"));
+    platform::WriteConsole(Joined(Form::Token, path, " runs successfully!"));
+  } else {
+    *Status = kReportedFailure;
+    // The log is ANOVA.log: required as it stands.
+    platform::WriteConsole(Joined(Form::Token, "--Error found. Please check AVOVA.log for details!"));
+  }
+  platform::CloseUnit(kTrialLog);
 }
 
 }  // namespace frame

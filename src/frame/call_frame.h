@@ -39,6 +39,11 @@ void CheckMaps(std::string_view fileName, const results::ConsensusTables& tables
 // The whole load of several maps, for their counts; false after a report.
 bool PreReadMaps(std::string_view fileName, project::ProjectHeader& header, int32_t& totalMarkers);
 
+// The trial analysis, from end to end. Its log is one of its own and always new.
+inline constexpr int32_t kTrialPathField = 256;  // characters of the path that count
+void RunTrialTool(std::string_view path, int32_t numRows, int32_t numColumns, int32_t numClasses,
+                  int32_t* Status);
+
 // A check that hands nothing back, from end to end.
 void PlainCheck(project::Module module, std::string_view fileName, int32_t* Status);
 

@@ -38,7 +38,7 @@ inline constexpr Line kPlain = {Form::Plain, ""};
 inline constexpr Line kToken = {Form::Token, ""};
 // Texts that look odd (the doubled r of the marker modules, the words of MET and SDL): required as they
 // stand.
-inline constexpr std::array<CheckWords, 10> kCheckWords = {{
+inline constexpr std::array<CheckWords, 12> kCheckWords = {{
     {project::Module::Bip,
      "BIP.log",
      kPlain,
@@ -120,6 +120,22 @@ inline constexpr std::array<CheckWords, 10> kCheckWords = {{
      {Form::Plain, "  DLL CheckErrrorMAP run successfully!"},
      kNothing,
      {Form::Token, "--Error found. Please check MAP.log for details!"}},
+    {project::Module::Cdm,
+     "CDM.log",
+     kPlain,
+     kToken,
+     {Form::Plain, "  DLL CheckErrrorCDM run successfully!"},
+     {Form::Plain, "  DLL CheckErrrorCDM run successfully!"},
+     kNothing,
+     {Form::Token, "--Error found. Please check CDM.log for details!"}},
+    {project::Module::Plm,
+     "PLM.log",
+     kPlain,
+     kToken,
+     {Form::Plain, "  DLL CheckErrrorPLM run successfully!"},
+     {Form::Plain, "  DLL CheckErrrorPLM run successfully!"},
+     kNothing,
+     {Form::Token, "--Error found. Please check PLM.log for details!"}},
 }};
 
 // A pre-read: *FINDNUMMARKERS.

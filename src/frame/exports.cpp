@@ -9,6 +9,8 @@
 #include "ordering/driver.h"
 #include "platform/fatal.h"
 #include "project/genomic_selection.h"
+#include "recombination/clonal_tables.h"
+#include "recombination/multi_parent_tables.h"
 #include "recombination/pair_tables.h"
 #include "recombination/two_point.h"
 #include "results/clonal_results.h"
@@ -19,6 +21,39 @@
 
 using frame::FileText;
 using project::Module;
+
+namespace {
+
+// A load of markers in a population, as the check hands it on.
+struct MarkerLoad {
+  int32_t *PopulationType, *MappingFunction, *MarkerSpaceType, *PopulationSize;
+  int32_t *Names, *AnchorInfo, *MarkerCategory;
+};
+recombination::Genotypes CopyLoad(Module module, int32_t callersMarkers, const MarkerLoad& out) {
+  const project::ProjectBlock& block = project::Store(module);
+  *out.PopulationType = block.Header.PopulationType;
+  *out.MappingFunction = block.Header.MappingFunction;
+  *out.MarkerSpaceType = block.Header.MarkerSpaceType;
+  *out.PopulationSize = block.Header.PopulationSize;
+  frame::WidenNames(block, callersMarkers, out.Names);
+  frame::CopyAnchors(block, callersMarkers, out.AnchorInfo);
+  const int32_t markers = std::max(frame::MarkersToCopy(block, callersMarkers), 0);
+  std::copy_n(block.MarkerCategory.items.begin(), markers, out.MarkerCategory);
+  return {block.Header.PopulationType,       block.Header.MappingFunction,
+          block.Header.PopulationSize,       markers,
+          block.MarkerCategory.items.data(), block.Genotype.items.data()};
+}
+
+void EndMarkerCheck(const frame::Check& check) {
+  frame::TellRun(check);
+  if (check.logWasOpen) {
+    return;  // the store stays allocated: required as it stands
+  }
+  frame::CloseLog(check);
+  project::ReleaseStore(check.module);
+}
+
+}  // namespace
 
 extern "C" {
 
@@ -185,26 +220,69 @@ void CHECKERRORMAP(const int32_t* NameLength, const char* FileName, const int32_
     return;
   }
   frame::TellRead(check);
-  const project::ProjectBlock& block = project::Store(Module::Map);
-  *PopulationType = block.Header.PopulationType;
-  *MappingFunction = block.Header.MappingFunction;
-  *MarkerSpaceType = block.Header.MarkerSpaceType;
-  *PopulationSize = block.Header.PopulationSize;
-  frame::WidenNames(block, *NumMarkers, Names);
-  frame::CopyAnchors(block, *NumMarkers, AnchorInfo);
-  const int32_t markers = std::max(frame::MarkersToCopy(block, *NumMarkers), 0);
-  std::copy_n(block.MarkerCategory.items.begin(), markers, MarkerCategory);
-  const recombination::Genotypes data{block.Header.PopulationType,       block.Header.MappingFunction,
-                                      block.Header.PopulationSize,       markers,
-                                      block.MarkerCategory.items.data(), block.Genotype.items.data()};
+  const recombination::Genotypes data = CopyLoad(
+      Module::Map, *NumMarkers,
+      {PopulationType, MappingFunction, MarkerSpaceType, PopulationSize, Names, AnchorInfo, MarkerCategory});
   recombination::ComputeMarkerResults(data, {CountA, CountH, CountB, CountX, SegregationChi, SegregationP});
   recombination::ComputePairTables(data, {PairRec, PairLOD, PairCrossovers, PairDistance});
-  frame::TellRun(check);
-  if (check.logWasOpen) {
-    return;  // the store stays allocated: required as it stands
+  EndMarkerCheck(check);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORCDM(const int32_t* NameLength, const char* FileName, const int32_t* NumMarkers,
+                   int32_t* Status, int32_t* PopulationType, int32_t* MappingFunction,
+                   int32_t* MarkerSpaceType, int32_t* PopulationSize, int32_t* Names, int32_t* AnchorInfo,
+                   int32_t* CountA, int32_t* CountB, int32_t* CountC, int32_t* CountD, int32_t* CountE,
+                   int32_t* CountF, int32_t* CountG, int32_t* CountH, int32_t* CountI, int32_t* CountJ,
+                   int32_t* CountK, int32_t* CountX, float* SegregationChi, float* SegregationP,
+                   int32_t* MarkerCategory, float* RecParent1, float* RecParent2, float* RecMean,
+                   float* LODParent1, float* LODParent2, float* LODMean, float* DistanceParent1,
+                   float* DistanceParent2, float* DistanceMean, int32_t* PhaseCode) noexcept try {
+  const frame::Check check =
+      frame::BeginCheck(Module::Cdm, project::kClonalCode, FileText(NameLength, FileName), Status);
+  if (check.failed) {
+    return;
   }
-  frame::CloseLog(check);
-  project::ReleaseStore(Module::Map);
+  frame::TellRead(check);
+  const recombination::Genotypes data = CopyLoad(
+      Module::Cdm, *NumMarkers,
+      {PopulationType, MappingFunction, MarkerSpaceType, PopulationSize, Names, AnchorInfo, MarkerCategory});
+  recombination::ComputeClonalMarkers(
+      data, {{CountA, CountB, CountC, CountD, CountE, CountF, CountG, CountH, CountI, CountJ, CountK, CountX},
+             SegregationChi,
+             SegregationP});
+  recombination::ComputeClonalPairs(data, {{RecParent1, RecParent2, RecMean},
+                                           {LODParent1, LODParent2, LODMean},
+                                           {DistanceParent1, DistanceParent2, DistanceMean},
+                                           PhaseCode});
+  EndMarkerCheck(check);
+} catch (...) {
+  platform::FatalException();
+}
+
+void CHECKERRORPLM(const int32_t* NameLength, const char* FileName, const int32_t* NumMarkers,
+                   int32_t* Status, int32_t* PopulationType, int32_t* MappingFunction,
+                   int32_t* MarkerSpaceType, int32_t* PopulationSize, int32_t* Names, int32_t* AnchorInfo,
+                   int32_t* CountA, int32_t* CountB, int32_t* CountC, int32_t* CountD, int32_t* CountE,
+                   int32_t* CountF, int32_t* CountG, int32_t* CountH, int32_t* CountX, float* SegregationChi,
+                   float* SegregationP, int32_t* MarkerCategory, float* PairRec, float* PairLOD,
+                   float* PairDistance) noexcept try {
+  const frame::Check check =
+      frame::BeginCheck(Module::Plm, project::kMultiParentCode, FileText(NameLength, FileName), Status);
+  if (check.failed) {
+    return;
+  }
+  frame::TellRead(check);
+  const recombination::Genotypes data = CopyLoad(
+      Module::Plm, *NumMarkers,
+      {PopulationType, MappingFunction, MarkerSpaceType, PopulationSize, Names, AnchorInfo, MarkerCategory});
+  recombination::ComputeMultiParentMarkers(
+      data, {{CountA, CountB, CountC, CountD, CountE, CountF, CountG, CountH, CountX},
+             SegregationChi,
+             SegregationP});
+  recombination::ComputeMultiParentPairs(data, {PairRec, PairLOD, PairDistance});
+  EndMarkerCheck(check);
 } catch (...) {
   platform::FatalException();
 }
@@ -213,6 +291,14 @@ void TOOLTWOPOINTREC(const int32_t* Population, const int32_t* MarkerPair, const
                      float* StdErr, float* LOD, float* PValue, float* Haldane, float* Kosambi) noexcept try {
   recombination::TwoPointRec(*Population, *MarkerPair, Table, *Rec, *StdErr, *LOD, *PValue, *Haldane,
                              *Kosambi);
+} catch (...) {
+  platform::FatalException();
+}
+
+void TOOLANOVA(const int32_t* NameLength, const char* FileName, const int32_t* NumRows,
+               const int32_t* NumColumns, const int32_t* NumClasses, int32_t* Status) noexcept try {
+  const int32_t length = std::min(*NameLength, frame::kTrialPathField);
+  frame::RunTrialTool(FileText(&length, FileName), *NumRows, *NumColumns, *NumClasses, Status);
 } catch (...) {
   platform::FatalException();
 }

@@ -144,6 +144,43 @@ TESSARMONT_EXPORT void CHECKERRORMAP(const int32_t* NameLength, const char* File
                                      float* PairRec, float* PairLOD, float* PairCrossovers,
                                      float* PairDistance) TESSARMONT_NOEXCEPT;
 
+/* CHECKERRORCDM: reads a clonal F1 or a double cross, tests each marker's segregation and estimates every
+ * pair, each parent for itself. Arguments 3 to 10 as in CHECKERRORMAP, N from CDMFINDNUMMARKERS.
+ *   CountA .. CountX  out  int32[N]   individuals per genotype letter
+ *   SegregationChi, SegregationP  out real32[N]  chi-square test; not a number without observations
+ *   MarkerCategory    out  int32[N]   1 ABCD, 2 A=B, 3 C=D, 4 AB=CD, 5 A=D and B=C
+ *   Rec...            out  real32[P]  frequency in the AB parent, in the CD parent (above 0.5 in repulsion),
+ * and pooled LOD...            out  real32[P]  LOD scores, not below 0 Distance...       out  real32[P]
+ * centimorgans by MappingFunction, 1000 when unlinked PhaseCode         out  int32[P]   1 coupling in both
+ * parents, 2 repulsion in CD, 3 in AB, 4 in both; kept where two markers have no individual in common Which
+ * parent shows repulsion between two AB=CD markers of a clonal F1 can be a random draw: a second load in one
+ * process may exchange the two. */
+TESSARMONT_EXPORT void CHECKERRORCDM(
+    const int32_t* NameLength, const char* FileName, const int32_t* NumMarkers, int32_t* Status,
+    int32_t* PopulationType, int32_t* MappingFunction, int32_t* MarkerSpaceType, int32_t* PopulationSize,
+    int32_t* Names, int32_t* AnchorInfo, int32_t* CountA, int32_t* CountB, int32_t* CountC, int32_t* CountD,
+    int32_t* CountE, int32_t* CountF, int32_t* CountG, int32_t* CountH, int32_t* CountI, int32_t* CountJ,
+    int32_t* CountK, int32_t* CountX, float* SegregationChi, float* SegregationP, int32_t* MarkerCategory,
+    float* RecParent1, float* RecParent2, float* RecMean, float* LODParent1, float* LODParent2,
+    float* LODMean, float* DistanceParent1, float* DistanceParent2, float* DistanceMean,
+    int32_t* PhaseCode) TESSARMONT_NOEXCEPT;
+
+/* CHECKERRORPLM: reads doubled haploids or inbred lines of four or eight parents, tests each marker's
+ * segregation and estimates every pair. Arguments 3 to 10 as in CHECKERRORMAP, N from PLMFINDNUMMARKERS.
+ *   CountA .. CountX  out  int32[N]   individuals per letter
+ *   SegregationChi, SegregationP  out real32[N]  chi-square test; not a number without observations
+ *   MarkerCategory    out  int32[N]   the parents' alleles, a decimal digit a parent
+ *   PairRec, PairLOD, PairDistance  out real32[P]  as in CHECKERRORMAP, PairRec 0 to 0.5 */
+TESSARMONT_EXPORT void CHECKERRORPLM(const int32_t* NameLength, const char* FileName,
+                                     const int32_t* NumMarkers, int32_t* Status, int32_t* PopulationType,
+                                     int32_t* MappingFunction, int32_t* MarkerSpaceType,
+                                     int32_t* PopulationSize, int32_t* Names, int32_t* AnchorInfo,
+                                     int32_t* CountA, int32_t* CountB, int32_t* CountC, int32_t* CountD,
+                                     int32_t* CountE, int32_t* CountF, int32_t* CountG, int32_t* CountH,
+                                     int32_t* CountX, float* SegregationChi, float* SegregationP,
+                                     int32_t* MarkerCategory, float* PairRec, float* PairLOD,
+                                     float* PairDistance) TESSARMONT_NOEXCEPT;
+
 /* TOOLTWOPOINTREC: maximum-likelihood estimate of one table of genotype pairs. No file, no log.
  *   Population  in   int32      1 to 20
  *   MarkerPair  in   int32      classes of the two markers: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010
@@ -152,6 +189,20 @@ TESSARMONT_EXPORT void CHECKERRORMAP(const int32_t* NameLength, const char* File
 TESSARMONT_EXPORT void TOOLTWOPOINTREC(const int32_t* Population, const int32_t* MarkerPair,
                                        const float* Table, float* Rec, float* StdErr, float* LOD,
                                        float* PValue, float* Haldane, float* Kosambi) TESSARMONT_NOEXCEPT;
+
+/* TOOLANOVA: analysis of a table of field plots, one row a plot: environment, genotype, block, then the
+ * traits, under a title line. Writes seven text files beside the table, named by its path less the last four
+ * characters: .aov (analysis of variance), .egv (means and predictions), .frq (frequencies), .qqp
+ * (quantiles), .coe (correlations), .pca and .pcp (biplots). -9999 is a missing value. NameLength, FileName
+ * in   the table; no more than 256 characters count NumRows               in   int32  rows of plots, without
+ * the title NumColumns            in   int32  columns, the three of the names included NumClasses in   int32
+ * classes of the frequency tables, at least 3 Status                out  int32  0, or 100 when the table
+ * cannot be read: see ANOVA.log; no file is written then A trait of a single value, an environment with a
+ * single plot of a trait, and a trait with error degrees of freedom in one environment only, end the process
+ * with one line on standard error. */
+TESSARMONT_EXPORT void TOOLANOVA(const int32_t* NameLength, const char* FileName, const int32_t* NumRows,
+                                 const int32_t* NumColumns, const int32_t* NumClasses,
+                                 int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* MAPNNTWOOPT: orders the markers of one linkage group along a path.
  *   n      in   int32      number of markers, at least 1

@@ -1,4 +1,4 @@
-// CDMOUTPUT and PLMOUTPUT hand each argument to its place.
+// The exports that write result files, as a host meets them: each argument reaches its place.
 
 #include <string>
 #include <vector>
@@ -69,6 +69,28 @@ TEST(PlmOutput, EveryArgumentReachesItsFile) {
   EXPECT_EQ(OnlyValue("out.dis"), "0.0300");
   EXPECT_NE(ReadFile("out.plq").find("m2" + std::string(33, ' ') + " C D"), std::string::npos);
   EXPECT_NE(ReadFile("out.sum").find("m3"), std::string::npos);
+}
+
+TEST(ToolAnova, TellsTheLogTheConsoleAndTheCaller) {
+  const support::ScratchFolder folder;
+  const int32_t columns = 4, classes = 3;
+  const auto call = [&](const std::string& name, int32_t rows) {
+    const auto length = static_cast<int32_t>(name.size());
+    int32_t status = 7;
+    testing::internal::CaptureStdout();
+    TOOLANOVA(&length, name.data(), &rows, &columns, &classes, &status);
+    return std::to_string(status) + testing::internal::GetCapturedStdout() + "|" +
+           support::ReadFile("ANOVA.log");
+  };
+  support::WriteFile("t.txt", "e g b y\nE A 1 1\nE B 1 2\nE A 2 4\nE B 2 9\n");
+  EXPECT_EQ(call("t.txt  ", 4), "0 t.txt runs successfully!\n|t.txt runs successfully!\n");
+  EXPECT_EQ(
+      call("t.txt", 5),
+      "100 --Error found. Please check AVOVA.log for details!\n|--Input error: can't read the    5th row!\n"
+      "--Input error: Please check the LOG file for error messages!\n");
+  EXPECT_EQ(call("t.txt" + std::string(300, ' ') + "x", 4),
+            "0 t.txt runs successfully!\n|t.txt runs successfully!\n")
+      << "256 characters count";
 }
 
 }  // namespace

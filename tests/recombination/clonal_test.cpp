@@ -1,0 +1,253 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "recombination/clonal_tables.h"
+#include "recombination/map_functions.h"
+#include "stats/distributions.h"
+#include "stats/generator.h"
+#include "tests/reference/clonal_plain.h"
+#include "tests/reference/multi_parent_simulated.h"
+
+namespace {
+
+using namespace recombination;
+
+struct Tables {
+  explicit Tables(int32_t n) : phase(static_cast<size_t>(n) * static_cast<size_t>(n), 9) {
+    real.fill(std::vector<float>(phase.size(), -3));
+  }
+  ClonalPairResults Places() {
+    return {{real[0].data(), real[1].data(), real[2].data()},
+            {real[3].data(), real[4].data(), real[5].data()},
+            {real[6].data(), real[7].data(), real[8].data()},
+            phase.data()};
+  }
+  std::array<std::vector<float>, 9> real;
+  std::vector<int32_t> phase;
+};
+
+void ExpectSameOnEveryLevel(const Genotypes& data, const std::string& what) {
+  const stats::GeneratorState before = stats::SaveGenerator();
+  Tables plain(data.numMarkers);
+  reference::ClonalPairsPlain(data, plain.Places());
+  const float nextDraw = stats::UniformDraw();
+  for (int32_t level = 0; level <= static_cast<int32_t>(BestLevel()); ++level) {
+    stats::RestoreGenerator(before);
+    Tables fast(data.numMarkers);
+    ComputeClonalPairs(data, fast.Places(), static_cast<Level>(level));
+    EXPECT_EQ(stats::UniformDraw(), nextDraw) << what << ": as many draws";
+    EXPECT_EQ(plain.phase, fast.phase) << what;
+    for (size_t k = 0; k < 9; ++k) {
+      for (size_t p = 0; p < plain.phase.size(); ++p) {
+        const float x = plain.real[k][p], y = fast.real[k][p];
+        ASSERT_TRUE(x == y || (std::isnan(x) && std::isnan(y)))
+            << what << " array " << k << " pair " << p << " level " << level << ": " << x << ' ' << y;
+      }
+    }
+  }
+}
+
+TEST(ClonalPairs, EqualThePlainLoop) {
+  uint32_t seed = 0;
+  for (const int32_t population : {1, 2}) {
+    for (const int32_t lines : {1, 2, 5, 63, 64, 65, 128, 200}) {
+      for (const double missing : {0.0, 0.3}) {
+        const reference::ParentsPlan plan = {population, lines, 60, missing, 1, 3, 0.06, ++seed};
+        const auto cross = reference::SimulateClonal(plan);
+        ExpectSameOnEveryLevel({population, static_cast<int32_t>(seed % 5), lines, plan.markers,
+                                cross.category.data(), cross.genotype.data()},
+                               "simulated, lines " + std::to_string(lines));
+      }
+    }
+  }
+}
+
+// Letters and categories that a load refuses still have one defined answer; more than one run of pairs.
+TEST(ClonalPairs, EqualThePlainLoopOnArbitraryLetters) {
+  std::mt19937 draw(5);
+  for (const int32_t population : {0, 1, 2}) {
+    for (const int32_t lines : {0, 3, 70}) {
+      for (const std::string letters : {"ABCDEFGHIJKX?", "IJK", "IKX", "ADIK", "JX"}) {
+        const int32_t markers = lines == 3 ? 1200 : 40;
+        if (markers > 40 && letters != "IJK") continue;
+        std::vector<char> genotype(static_cast<size_t>(markers * lines) + 1);
+        for (char& letter : genotype) letter = letters[draw() % letters.size()];
+        std::vector<int32_t> category(static_cast<size_t>(markers));
+        for (int32_t& one : category) one = static_cast<int32_t>(draw() % 7);
+        ExpectSameOnEveryLevel({population, 1, lines, markers, category.data(), genotype.data()},
+                               "letters " + letters);
+      }
+    }
+  }
+}
+
+struct PairCase {
+  const char* rule;
+  int32_t population, firstCategory, secondCategory;
+  std::string first, second;
+  float rec1, rec2, mean, lod1, lod2, lodMean;
+  int32_t phase;
+};
+const float kNan = std::numeric_limits<float>::quiet_NaN();
+
+void ExpectNear(float actual, float expected, const char* rule, const char* what) {
+  if (std::isnan(expected)) {
+    EXPECT_TRUE(std::isnan(actual)) << rule << ' ' << what << ' ' << actual;
+  } else {
+    EXPECT_NEAR(actual, expected, 2e-4) << rule << ' ' << what;
+  }
+}
+
+TEST(ClonalPairs, TableOfCases) {
+  const PairCase cases[] = {
+      {"the high bit is the AB parent's", 1, 1, 1, "AAAAABBBBB", "AAAACBBBBD", 0.2f, 0, 0.1f, 0.8371f,
+       3.0103f, 3.8474f, 1},
+      {"the low bit is the CD parent's", 1, 1, 1, "AAAAACCCCC", "BBBBACCCCC", 0, 0.4f, 0.2f, 3.0103f, 0.0876f,
+       3.0979f, 1},
+      {"A=B shows the CD parent alone", 2, 2, 2, "EEEEFFFFFF", "FFFFEEEEEF", 0.5f, 0.9f, 0.1f, 0, 1.5983f,
+       1.5983f, 2},
+      {"A=B tells nothing of C=D", 2, 2, 3, "EEFF", "GGHH", 0.5f, 0.5f, 0.5f, 0, 0, 0, 1},
+      {"no line in common", 2, 1, 1, "AABX", "XXXB", 0.5f, 0.5f, 0.5f, 0, 0, 0, 9},
+      {"A=B with AB=CD", 1, 2, 4, "EEEEFFFFE", "IIIKKKKKJ", 0.5f, 0.125f, 0.125f, 0, 1.0992f, 1.0992f, 1},
+      {"A=B with A=D,B=C, the other way round", 2, 2, 5, "EEEEFFFFE", "KKKIIIIIJ", 0.5f, 0.125f, 0.125f, 0,
+       1.0992f, 1.0992f, 1},
+      {"category 5 does not occur in a clonal F1", 1, 2, 5, "EEEEFFFF", "KKKIIIII", 0.5f, 0.5f, 0.5f, 0, 0, 0,
+       1},
+      {"the lower category comes first", 2, 5, 2, "KKKIIIIIJ", "EEEEFFFFE", 0.5f, 0.125f, 0.125f, 0, 1.0992f,
+       1.0992f, 1},
+      {"C=D in a double cross with category 5", 2, 3, 5, "GGGGHHHH", "IIIIKKKI", 0.125f, 0.5f, 0.125f,
+       1.0992f, 0, 1.0992f, 1},
+      {"0/0 is handed out", 1, 2, 4, "EEF", "JJJ", 0.5f, kNan, kNan, 0, 0, 0, 1},
+      {"a complete pair of 1 and 4 is not a number: 0.5", 1, 1, 4, "AABBCCDD", "IIJJJJKK", 0, 0, 0.5f,
+       1.2041f, 1.2041f, 3.6124f, 1},
+      {"0/0 of 1 and 4: cells without a frequency add nothing", 1, 1, 4, "BC", "JJ", kNan, kNan, 0.5f, 0, 0,
+       1.8062f, 1},
+      {"what is not a number is 0 with category 5", 2, 1, 5, "BC", "JJ", kNan, kNan, 0, 0, 0, 1.8062f, 1},
+      {"AB=CD twice, all double heterozygous: a tie at 0.5", 1, 4, 4, "JJJJ", "JJJJ", 0.5f, 0.5f, 0.5f, 0, 0,
+       0, 1},
+      {"A=D,B=C twice: equal terms", 2, 5, 5, "IIIKKKIKJJ", "IIIKKKKIJJ", 0.5f, 0.5f, 0.5f, 0, 0, 0, 1},
+  };
+  for (const PairCase& c : cases) {
+    const std::string genotype = c.first + c.second;
+    const int32_t category[2] = {c.firstCategory, c.secondCategory};
+    Tables t(2);
+    ComputeClonalPairs({c.population, 2, static_cast<int32_t>(c.first.size()), 2, category, genotype.data()},
+                       t.Places());
+    const float expected[6] = {c.rec1, c.rec2, c.mean, c.lod1, c.lod2, c.lodMean};
+    const char* names[6] = {"rec1", "rec2", "mean", "lod1", "lod2", "lodMean"};
+    for (size_t k = 0; k < 6; ++k) ExpectNear(t.real[k][0], expected[k], c.rule, names[k]);
+    for (size_t k = 0; k < 3; ++k) {
+      EXPECT_EQ(t.real[6 + k][0], DistanceFromRec(2, t.real[k][0])) << c.rule;
+    }
+    EXPECT_EQ(t.phase[0], c.phase) << c.rule;
+  }
+}
+
+// Which parent shows repulsion is drawn, also where coupling wins; a second run in one process draws on.
+TEST(ClonalPairs, DrawsOnceForEveryPairOfIntercrossMarkers) {
+  const std::string mixed =
+                        "IIIIJJJJJJJJKKKK"
+                        "JJJJIIKKIIKKJJJJ",
+                    same = mixed.substr(0, 16) + mixed.substr(0, 16);
+  const int32_t category[2] = {4, 4};
+  const stats::GeneratorState before = stats::SaveGenerator();
+  for (const std::string& genotype : {mixed, same}) {
+    for (int k = 0; k < 6; ++k) {
+      const stats::GeneratorState now = stats::SaveGenerator();
+      const bool swapped = stats::UniformDraw() > 0.5f;
+      const float next = stats::UniformDraw();
+      stats::RestoreGenerator(now);
+      Tables t(2);
+      ComputeClonalPairs({1, 1, 16, 2, category, genotype.data()}, t.Places());
+      if (genotype == mixed) {
+        EXPECT_EQ(t.phase[0], swapped ? 3 : 2);
+        EXPECT_EQ(t.real[swapped ? 0 : 1][0], 1.0f - t.real[2][0]);
+      } else {
+        EXPECT_EQ(t.phase[0], 1);
+      }
+      EXPECT_EQ(stats::UniformDraw(), next);
+      Tables none(2);
+      const stats::GeneratorState after = stats::SaveGenerator();
+      ComputeClonalPairs({2, 1, 16, 2, category, genotype.data()}, none.Places());
+      EXPECT_EQ(stats::SaveGenerator().first, after.first) << "a double cross draws nothing";
+      const std::string missing(16, 'X');
+      const std::string empty = missing + genotype.substr(16);
+      ComputeClonalPairs({1, 1, 16, 2, category, empty.data()}, none.Places());
+      EXPECT_EQ(stats::SaveGenerator().first, after.first) << "an empty pair draws nothing";
+    }
+  }
+  stats::RestoreGenerator(before);
+}
+
+TEST(ClonalMarkers, CountsAndSegregation) {
+  const struct {
+    int32_t category;
+    std::string letters;
+    float chi, p;
+  } cases[] = {
+      {1, "AABCDXXX", 0.6f, 1.0f - stats::CHIDF(0.6f, 3)},
+      {2, "EEEFXAAA", 1, 1.0f - stats::CHIDF(1, 1)},
+      {3, "GGHHXXXX", 0, 1},
+      {4, "IIJJJJKK", 0, 1},
+      {5, "IIIIIIII", 24, 1.0f - stats::CHIDF(24, 2)},
+      {4, "XXXXXXXX", kNan, kNan},
+      {6, "ABCDEFGH", -3, -3},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::vector<int32_t>> count(12, std::vector<int32_t>(1, -1));
+    ClonalMarkerResults results{};
+    for (size_t k = 0; k < 12; ++k) results.count[k] = count[k].data();
+    float chi = -3, p = -3;
+    results.chi = &chi;
+    results.p = &p;
+    ComputeClonalMarkers({1, 1, 8, 1, &c.category, c.letters.data()}, results);
+    for (size_t k = 0; k < 12; ++k) {
+      EXPECT_EQ(count[k][0], std::count(c.letters.begin(), c.letters.end(), "ABCDEFGHIJKX"[k])) << c.letters;
+    }
+    ExpectNear(chi, c.chi, "chi", c.letters.c_str());
+    ExpectNear(p, c.p, "p", c.letters.c_str());
+  }
+}
+
+// 500 lines of known crosses: no bias beyond sampling error, and the right phases.
+TEST(ClonalTruth, EstimatesRecoverFrequencyAndPhase) {
+  for (const int32_t population : {1, 2}) {
+    reference::ParentsPlan plan = {population, 500, 300, 0, 1, 1, 0.1, 11};
+    const auto cross = reference::SimulateClonal(plan);
+    Tables t(plan.markers);
+    ComputeClonalPairs(
+        {population, 2, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()}, t.Places());
+    double sum[2] = {};
+    int32_t count[2] = {}, wrong = 0;
+    for (int32_t i = 2; i <= plan.markers; ++i) {
+      const auto p = static_cast<size_t>((i - 1) * (i - 2) / 2 + i - 2);
+      const auto a = static_cast<size_t>(i - 2), b = a + 1;
+      const int32_t low = std::min(cross.category[a], cross.category[b]),
+                    high = std::max(cross.category[a], cross.category[b]);
+      if (low == 4 && high >= 4 && population == 1) continue;  // two phases cannot be told apart
+      if (high >= 4 && low >= 4 && low != high) continue;      // nor can the two parents
+      for (size_t parent = 0; parent < 2; ++parent) {
+        const float r = t.real[parent][p];
+        const bool told = t.real[3 + parent][p] > 5;
+        if (!told) continue;
+        const auto& flipped = parent == 0 ? cross.flippedAB : cross.flippedCD;
+        const bool repulsion = (flipped[a] ^ flipped[b]) != 0;
+        wrong += (r > 0.5f) != repulsion ? 1 : 0;
+        sum[parent] += static_cast<double>(repulsion ? 1 - r : r) - 0.1;
+        ++count[parent];
+      }
+    }
+    EXPECT_EQ(wrong, 0);
+    for (size_t parent = 0; parent < 2; ++parent) {
+      ASSERT_GT(count[parent], 60);
+      EXPECT_LT(std::fabs(sum[parent] / count[parent]), 4 * 0.02 / std::sqrt(count[parent])) << population;
+    }
+  }
+}
+
+}  // namespace
