@@ -81,6 +81,7 @@ TESSARMONT_EXPORT void GSFINDTRAITNAMEBPS(const int32_t* NameLength, const char*
                                           int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* CMPFINDNUMMARKERS: reads a file of several maps whole and hands out its counts.
+ *
  *   MarkerSpaceType, MarkerSpaceUnit  out  int32, as read
  *   NumChromosomes  out  int32  number of maps
  *   NumMarkers      out  int32  sum over all maps: at least as many as the union has */
@@ -90,15 +91,18 @@ TESSARMONT_EXPORT void CMPFINDNUMMARKERS(const int32_t* NameLength, const char* 
                                          int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* CHECKERRORCMP: unites several maps of one organism and orders the union as one consensus map.
- *   NumChromosomes  in   int32          C, maps
- *   NumMarkers      in   int32          N, from CMPFINDNUMMARKERS; the tables hold the union of n, rows
- * behind it are not touched, and only the first N are handed out where N is below n Names           out
- * int32[35*N]    character c of marker m at element (c-1)*N + m AnchorInfo      out  int32[N]       how many
- * maps have the marker; above 1 it is an anchor of the order Order           out  int32[N*(C+1)] column 0 the
- * consensus order, column m the place on map m, 0 for none Position        out  real32[N*(C+1)] column 0
- * cumulative along the order, column m on map m, -1 for none Distance        out  real32[P]      mean
- * distance over the maps that have both, 1000 where none has The order is also written as two tables to the
- * default file of unit 100, "fort.100", which stays connected. */
+ *
+ *   NumChromosomes  in   int32           C, maps
+ *   NumMarkers      in   int32           N, from CMPFINDNUMMARKERS; the tables hold the union of n markers,
+ * rows behind it are not touched; where N is below n, the first N are handed out Names           out
+ * int32[35*N]     character c of marker m at element (c-1)*N + m AnchorInfo      out  int32[N]        how
+ * many maps have the marker; above 1 it is an anchor of the order Order           out  int32[N*(C+1)]  column
+ * 0 the consensus order, column m the place on map m, 0 for none Position        out  real32[N*(C+1)] column
+ * 0 cumulative along the order, column m on map m, -1 for none Distance        out  real32[P]       mean
+ * distance over the maps that have both, 1000 where none has
+ *
+ * The order is also written as two tables to the default file of unit 100, "fort.100", which stays connected.
+ */
 TESSARMONT_EXPORT void CHECKERRORCMP(const int32_t* NameLength, const char* FileName,
                                      const int32_t* NumChromosomes, const int32_t* NumMarkers, int32_t* Names,
                                      int32_t* AnchorInfo, int32_t* Order, float* Position, float* Distance,
@@ -182,6 +186,7 @@ TESSARMONT_EXPORT void CHECKERRORPLM(const int32_t* NameLength, const char* File
                                      float* PairDistance) TESSARMONT_NOEXCEPT;
 
 /* TOOLTWOPOINTREC: maximum-likelihood estimate of one table of genotype pairs. No file, no log.
+ *
  *   Population  in   int32      1 to 20
  *   MarkerPair  in   int32      classes of the two markers: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010
  *   Table       in   real32[9]  cell 3*i + j, i the class of the first marker, j of the second (0 A, 1 H, 2

@@ -5,15 +5,14 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
-#include <string>
 
 namespace platform {
 
 void Fatal(std::string_view what) {
-  std::string line = "tessarmont: ";
-  line += what;
-  line += '\n';
-  std::fwrite(line.data(), 1, line.size(), stderr);
+  constexpr std::string_view kName = "tessarmont: ";  // no memory is taken here: there may be none
+  std::fwrite(kName.data(), 1, kName.size(), stderr);
+  std::fwrite(what.data(), 1, what.size(), stderr);
+  std::fputc('\n', stderr);
   std::exit(EXIT_FAILURE);  // runs the destructors that flush the open files
 }
 

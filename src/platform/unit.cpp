@@ -20,6 +20,9 @@ struct FileUnit {
   std::string name;
   std::string text;           // an input file, read at once; a record is a view into it
   std::size_t next = 0;       // where the next read begins
+  std::size_t lastBegin = 0;  // of the record read last: met again in no time after a step back
+  std::size_t lastEnd = 0;    // without its line end
+  std::size_t lastNext = 0;   // 0 before the first read
   bool pastEnd = false;       // a read has met the end of the file
   bool flushRecords = false;  // a default file: nobody closes it, so each record is written out at once
   OutputFile out{nullptr, &std::fclose};
@@ -94,9 +97,18 @@ FileUnit& Connected(int32_t unit) {
   return found->second;
 }
 
+void RefuseFileInUse(const std::string& name) {
+  for (const auto& [number, connected] : Units()) {
+    if (IsSameFile(connected.name, name)) {
+      FatalFile("cannot open", name, "it is in use already");
+    }
+  }
+}
+
 FileUnit& ConnectDefaultFile(int32_t number) {
   FileUnit unit;
   unit.name = "fort." + std::to_string(number);
+  RefuseFileInUse(unit.name);
   unit.flushRecords = true;
   OpenForWriting(unit);
   return Units().emplace(number, std::move(unit)).first->second;
@@ -108,11 +120,7 @@ void OpenUnit(int32_t number, std::string_view name, OpenStatus status) {
   CloseUnit(number);
   FileUnit unit;
   unit.name = SystemName(name);
-  for (const auto& [other, connected] : Units()) {
-    if (IsSameFile(connected.name, unit.name)) {
-      FatalFile("cannot open", name, "it is in use already");
-    }
-  }
+  RefuseFileInUse(unit.name);
   if (status == OpenStatus::Old) {
     ReadWhole(unit);
   } else {
@@ -157,12 +165,17 @@ bool ReadRecord(int32_t number, std::string_view& record) {
     unit.pastEnd = true;
     return false;
   }
-  const std::size_t end = text.find('\n', unit.next);
-  record = text.substr(unit.next, end == std::string_view::npos ? end : end - unit.next);
+  if (unit.lastNext == 0 || unit.next != unit.lastBegin) {
+    const std::size_t end = text.find('\n', unit.next);
+    unit.lastBegin = unit.next;
+    unit.lastEnd = end == std::string_view::npos ? text.size() : end;
+    unit.lastNext = end == std::string_view::npos ? text.size() : end + 1;
+  }
+  record = text.substr(unit.lastBegin, unit.lastEnd - unit.lastBegin);
   if (!record.empty() && record.back() == '\r') {
     record.remove_suffix(1);
   }
-  unit.next = end == std::string_view::npos ? text.size() : end + 1;
+  unit.next = unit.lastNext;
   return true;
 }
 
@@ -170,6 +183,10 @@ void StepBack(int32_t number) {
   FileUnit& unit = Connected(number);
   if (unit.pastEnd) {
     unit.pastEnd = false;  // the end of the file is the record stepped over
+    return;
+  }
+  if (unit.next == unit.lastNext) {
+    unit.next = unit.lastBegin;
     return;
   }
   if (unit.next == 0) {

@@ -13,7 +13,7 @@ using platform::Edits;
 // The effect of each marker, 0 but for the QTL; a location below 1 is no marker and has no effect.
 void DeriveMarkerEffects(int32_t numMarkers, LineSimulation& lines) {
   lines.MarkerEffect.items.assign(static_cast<std::size_t>(numMarkers), 0.0F);
-  for (std::size_t q = 0; q < lines.QTLLocation.items.size() && q < lines.QTLEffect.items.size(); ++q) {
+  for (std::size_t q = 0; q < lines.QTLLocation.items.size(); ++q) {
     const int32_t location = lines.QTLLocation.items[q];
     if (location >= 1) {
       lines.MarkerEffect.items[static_cast<std::size_t>(location) - 1] = lines.QTLEffect.items[q];
@@ -116,6 +116,7 @@ void ReadLineSimulation(int32_t unit, int32_t log, int32_t& status, ProjectBlock
     Report(log, status, "--Input error: cannot read the additive effects of QTLs!");
     return;
   }
+  lines.QTLEffect.items.resize(locations.size(), 0.0F);  // effects that a slash left out
   DeriveMarkerEffects(block.Header.NumMarkers, lines);
   DeriveGenotypicValues(block, lines);
   DeriveVariances(block, lines);

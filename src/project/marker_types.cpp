@@ -51,12 +51,12 @@ void ReadMarkerTypes(int32_t moduleCode, int32_t unit, int32_t log, int32_t& sta
   NextDataRecord(unit);
   const auto size = static_cast<std::size_t>(std::max(block.Header.PopulationSize, 0));
   const auto numMarkers = static_cast<std::size_t>(std::max(markers, 0));
-  // A cell takes two characters of the file, unless repeat forms stand in it; a row takes more.
-  const std::size_t rowsAtMost = std::min(numMarkers, platform::BytesLeft(unit) / 2 + 1);
+  // A word takes two characters of the file, unless repeat forms stand in it: what the file can hold is room
+  // enough.
+  const std::size_t rowsAtMost = std::min(numMarkers, platform::BytesLeft(unit) / (2 * (size + 1)) + 1);
   Allocate(block.MarkerCategory, rowsAtMost);
   Allocate(block.MarkerName, rowsAtMost);
-  Allocate(block.Genotype, std::min(rowsAtMost * std::min(size, platform::BytesLeft(unit)),
-                                    platform::BytesLeft(unit) / 2 + 1));
+  Allocate(block.Genotype, std::min(rowsAtMost * size, platform::BytesLeft(unit)));
   const MarkerRules rules = RulesOf(moduleCode).markers;
   if (rules == MarkerRules::None) {
     return;

@@ -43,14 +43,10 @@ bool HasTextualMark(const std::string& tokens, std::size_t size) {
   return false;
 }
 
-// A value as a read of its own would take it: the first token of its text.
+// A value as a token read of its own takes it from the text.
 float Converted(std::string_view text, std::string_view trait) {
-  const std::size_t begin = text.find_first_not_of(' ');
-  const std::string_view token = begin == std::string_view::npos
-                                     ? std::string_view()
-                                     : text.substr(begin, text.find(' ', begin) - begin);
   float value = 0;
-  if (!ParseReal(token, value)) {
+  if (!ReadRealFrom(text, value)) {
     platform::Fatal("the value '" + std::string(text) + "' of '" +
                     std::string(trait.substr(0, trait.find_last_not_of(' ') + 1)) + "' is not a number");
   }
@@ -86,13 +82,14 @@ void ReadPhenotypeSection(int32_t unit, int32_t log, int32_t& status, int32_t ro
     ShortName read{};  // NUL characters until the row names its trait
     const int32_t failed =
         ReadTokens(unit, {TextItem(read.data(), read.size()), CellItems(tokens, kValueWidth, size)});
-    if (read[0] != 0) {
+    const bool named = read != ShortName{};
+    if (named) {
       name = read;
     }
     if (failed != 0) {
       Report(log, status, "--Input error: cannot read phenotypic data!");
       ReportDetail(log, Edits("A,I8,1X,A"),
-                   {"  TraitID, Trait Name = ", t, read[0] != 0 ? Text(name) : Text(kBlankShortName)});
+                   {"  TraitID, Trait Name = ", t, named ? Text(name) : Text(kBlankShortName)});
       platform::CloseUnit(unit);
       return;
     }

@@ -51,6 +51,7 @@ struct TokenReader {
   enum class Outcome { Value, Null, Slash, Failure };
 
   int32_t unit;
+  bool inMemory = false;  // the record at hand is all there is
   std::string_view record;
   std::size_t at = 0;
   bool valueTaken = false;  // a comma now belongs to the value before it
@@ -64,7 +65,7 @@ struct TokenReader {
 
   bool NextRecord() {
     at = 0;
-    return platform::ReadRecord(unit, record);
+    return !inMemory && platform::ReadRecord(unit, record);
   }
 
   // The next token, null or slash; the rows of a table are read here one token at a time.
@@ -335,6 +336,22 @@ int32_t ReadTokens(int32_t unit, std::initializer_list<Item> items) {
     }
   }
   return 0;
+}
+
+bool ReadRealFrom(std::string_view text, float& value) {
+  TokenReader reader(0);
+  reader.inMemory = true;
+  reader.record = text;
+  switch (reader.Next()) {
+    case TokenReader::Outcome::Value:
+      return !reader.quoted && ParseReal(reader.token, value);
+    case TokenReader::Outcome::Null:
+    case TokenReader::Outcome::Slash:
+      return true;
+    case TokenReader::Outcome::Failure:
+      return false;
+  }
+  return false;
 }
 
 bool ParseInteger(std::string_view token, int32_t& value) {

@@ -39,6 +39,10 @@ Item CellItems(std::string& cells, std::size_t width, std::size_t count);
 // success.
 int32_t ReadTokens(int32_t unit, std::initializer_list<Item> items);
 
+// A token read of one real from a text in memory: a null or a slash keeps the value. False where the text has
+// no token, or none that is a number.
+bool ReadRealFrom(std::string_view text, float& value);
+
 // One token as a number; false when it is none. An integer must fit 32 bits.
 bool ParseInteger(std::string_view token, int32_t& value);
 bool ParseReal(std::string_view token, float& value);

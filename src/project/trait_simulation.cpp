@@ -45,8 +45,10 @@ bool ReadChromosomeQTL(TraitReader& reader, int32_t chromosome, int32_t spaceUni
     reader.TellChromosome("--Input error: cannot read QTL positions!", chromosome);
     return false;
   }
-  for (std::size_t k = 1; k < qtl.QTLPosition.size(); ++k) {
-    if (qtl.QTLPosition[k] <= qtl.QTLPosition[k - 1]) {  // strict, where markers may share a position
+  // Strict, where markers may share a position. Positions that a slash left out are 0, so two of them end it.
+  const auto position = [&](std::size_t k) { return k < qtl.QTLPosition.size() ? qtl.QTLPosition[k] : 0.0F; };
+  for (std::size_t k = 1; k < count && k <= qtl.QTLPosition.size() + 1; ++k) {
+    if (position(k) <= position(k - 1)) {
       Report(reader.log, reader.status, "--Input error: QTL positions must be in the ascending order!");
       ReportDetail(reader.log, Edits("A,3I8,1X,A"),
                    {"  TraitID, ChromID, QTLID, TraitName = ", reader.trait, chromosome,
@@ -55,8 +57,8 @@ bool ReadChromosomeQTL(TraitReader& reader, int32_t chromosome, int32_t spaceUni
     }
   }
   if (spaceUnit == kMorgan) {
-    for (float& position : qtl.QTLPosition) {
-      position *= 100.0F;
+    for (float& place : qtl.QTLPosition) {
+      place *= 100.0F;
     }
   }
   return true;
@@ -64,8 +66,8 @@ bool ReadChromosomeQTL(TraitReader& reader, int32_t chromosome, int32_t spaceUni
 
 // The triangle of effects and the three values behind it stand in records of their own, without remarks.
 bool ReadTraitValues(TraitReader& reader, int64_t totalQTL, SimulatedTrait& trait) {
-  const auto entries = static_cast<std::size_t>(std::max<int64_t>(totalQTL * (totalQTL + 1) / 2, 0));
-  if (ReadTokens(reader.unit, {RealItems(trait.EpistasisEffect, totalQTL > 0 ? entries : 0)}) != 0) {
+  const int64_t entries = totalQTL > 0 ? totalQTL * (totalQTL + 1) / 2 : 0;
+  if (ReadTokens(reader.unit, {RealItems(trait.EpistasisEffect, static_cast<std::size_t>(entries))}) != 0) {
     reader.Tell("--Input error: cannot read lower triangular matrix of QTL effects!");
     return false;
   }

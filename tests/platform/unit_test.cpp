@@ -100,6 +100,9 @@ TEST(UnitDeathTest, WhatGoesWrongInAFileEndsTheProcessWithOneLine) {
   EXPECT_EXIT(OpenUnit(100, "absent/MAP.log", OpenStatus::Replace), failed, "cannot write 'absent/MAP.log'");
   EXPECT_EXIT((old("in.txt"), OpenUnit(100, "./in.txt", OpenStatus::Replace)), failed, "in use already");
   EXPECT_EXIT((old("in.txt"), WriteRecord(102, "x")), failed, "open for reading");
+  WriteFile("fort.100", "somebody's\n");
+  EXPECT_EXIT((old("fort.100"), WriteRecord(100, "x")), failed, "'fort.100': it is in use already");
+  EXPECT_EQ(ReadFile("fort.100"), "somebody's\n");
   if (Exists("/dev/full")) {
     EXPECT_EXIT((OpenUnit(100, "/dev/full", OpenStatus::Replace), WriteRecord(100, "x"), CloseUnit(100)),
                 failed, "cannot write '/dev/full': No space left on device");

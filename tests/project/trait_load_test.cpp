@@ -148,7 +148,12 @@ TEST(Phenotypes, TextualMarksSwitchTheMeaningOfMinus100ForGood) {
       << "from the trait with the mark on";
   EXPECT_EQ(Text(Store(Module::Cdq).TraitName.items[2]), Short("t 3"));
   EXPECT_EQ(Store(Module::Cdq).TraitFlag.items, std::vector<int32_t>(3, 0));
-  EXPECT_EQ(values("t1 -100 *\n", 1), (std::vector<float>{-100, missing})) << "and in every later file";
+  EXPECT_EQ(values("t1 -100 5\n", 1), (std::vector<float>{-100, 5})) << "and in every later file";
+  EXPECT_EQ(values("t1 '12,5' '7/8'\nt2 '2*5' ','\n", 2), (std::vector<float>{12, 7, 5, 0}))
+      << "a quoted value is read as a list of its own";
+  EXPECT_EQ(values("t1 12345678901234567890.5 1\n", 1)[0], 12345678901234567890.0F) << "cut at 20 characters";
+  EXPECT_EQ(values("t1 1 2\n,, 3\n", 2), (std::vector<float>{1, 2, 1, 3})) << "nulls keep the row before";
+  EXPECT_EQ(Text(Store(Module::Cdq).TraitName.items[1]), Short("t1"));
   EXPECT_EQ(values("t1 na 'NA '\n", 1), (std::vector<float>{missing, missing}));
 }
 
@@ -234,7 +239,11 @@ TEST(TraitSimulation, Reports) {
       {"a number that is only claimed", "2000000000 1\n",
        Report("cannot read QTL positions!", {chromosome(1)})},
       {"two QTL at one position", "2 5 5 1 1\n", Report(ascending, {qtl(1)})},
+      {"positions that a slash leaves out are 0", "2 5/\n", Report(ascending, {qtl(1)})},
+      {"a huge number of them too", "2000000000/\n", Report(ascending, {qtl(1)})},
       {"falling ones, the first alone", "4 1 5 4 3 1 1 1 1\n", Report(ascending, {qtl(2)})},
+      {"a remark ahead of the triangle is none", "1 5 1\n0\n! remark\n1\n1\n1\n1\n",
+       Report("cannot read lower triangular matrix of QTL effects!", {trait})},
       {"the triangle", "1 5 1\n1 5 1\n1 2 x\n",
        Report("cannot read lower triangular matrix of QTL effects!", {trait})},
       {"the indicator", "0\n0\n-\nx\n",
@@ -292,6 +301,7 @@ TEST(Lines, SimulationAndWhatFollowsFromIt) {
       {"a number that is only claimed", "2000000000 10 0.8\n1 3\n0.5\n",
        Report("cannot read the locations of QTL!", {})},
       {"no QTL at all", "0 10 0.8\n\n\n", "good"},
+      {"the last of two alike wins, also where a slash leaves it out", "2 10 0.8\n2 2\n0.5/\n", "good"},
       {"locations below 1 load and have no effect", "3 10 0.8\n0 -5 2\n1 1 1\n", "good"},
   };
   for (const Case& c : cases) {
