@@ -91,18 +91,15 @@ TESSARMONT_EXPORT void CMPFINDNUMMARKERS(const int32_t* NameLength, const char* 
                                          int32_t* Status) TESSARMONT_NOEXCEPT;
 
 /* CHECKERRORCMP: unites several maps of one organism and orders the union as one consensus map.
- *
- *   NumChromosomes  in   int32           C, maps
- *   NumMarkers      in   int32           N, from CMPFINDNUMMARKERS; the tables hold the union of n markers,
- * rows behind it are not touched; where N is below n, the first N are handed out Names           out
- * int32[35*N]     character c of marker m at element (c-1)*N + m AnchorInfo      out  int32[N]        how
- * many maps have the marker; above 1 it is an anchor of the order Order           out  int32[N*(C+1)]  column
- * 0 the consensus order, column m the place on map m, 0 for none Position        out  real32[N*(C+1)] column
- * 0 cumulative along the order, column m on map m, -1 for none Distance        out  real32[P]       mean
- * distance over the maps that have both, 1000 where none has
- *
- * The order is also written as two tables to the default file of unit 100, "fort.100", which stays connected.
- */
+ *   NumChromosomes  in   int32            C, maps
+ *   NumMarkers      in   int32            N, from CMPFINDNUMMARKERS. The tables hold the union of n markers: rows
+ *                                         behind it are not touched; where N is below n, the first N are handed out
+ *   Names           out  int32[35*N]      character c of marker m at element (c-1)*N + m
+ *   AnchorInfo      out  int32[N]         how many maps have the marker; above 1 it is an anchor of the order
+ *   Order           out  int32[N*(C+1)]   column 0 the consensus order, column m the place on map m, 0 for none
+ *   Position        out  real32[N*(C+1)]  column 0 cumulative along the order, column m on map m, -1 for none
+ *   Distance        out  real32[P]        mean distance over the maps that have both, 1000 where none has
+ * The order is also written as two tables to the default file of unit 100, "fort.100", which stays connected. */
 TESSARMONT_EXPORT void CHECKERRORCMP(const int32_t* NameLength, const char* FileName,
                                      const int32_t* NumChromosomes, const int32_t* NumMarkers, int32_t* Names,
                                      int32_t* AnchorInfo, int32_t* Order, float* Position, float* Distance,
@@ -148,16 +145,17 @@ TESSARMONT_EXPORT void CHECKERRORMAP(const int32_t* NameLength, const char* File
                                      float* PairRec, float* PairLOD, float* PairCrossovers,
                                      float* PairDistance) TESSARMONT_NOEXCEPT;
 
-/* CHECKERRORCDM: reads a clonal F1 or a double cross, tests each marker's segregation and estimates every
- * pair, each parent for itself. Arguments 3 to 10 as in CHECKERRORMAP, N from CDMFINDNUMMARKERS.
+/* CHECKERRORCDM: reads a clonal F1 or a double cross, tests each marker's segregation and estimates every pair, each
+ * parent for itself. Arguments 3 to 10 as in CHECKERRORMAP, N from CDMFINDNUMMARKERS.
  *   CountA .. CountX  out  int32[N]   individuals per genotype letter
  *   SegregationChi, SegregationP  out real32[N]  chi-square test; not a number without observations
  *   MarkerCategory    out  int32[N]   1 ABCD, 2 A=B, 3 C=D, 4 AB=CD, 5 A=D and B=C
- *   Rec...            out  real32[P]  frequency in the AB parent, in the CD parent (above 0.5 in repulsion),
- * and pooled LOD...            out  real32[P]  LOD scores, not below 0 Distance...       out  real32[P]
- * centimorgans by MappingFunction, 1000 when unlinked PhaseCode         out  int32[P]   1 coupling in both
- * parents, 2 repulsion in CD, 3 in AB, 4 in both; kept where two markers have no individual in common Which
- * parent shows repulsion between two AB=CD markers of a clonal F1 can be a random draw: a second load in one
+ *   Rec...            out  real32[P]  frequency in the AB parent, in the CD parent (above 0.5 in repulsion), and pooled
+ *   LOD...            out  real32[P]  LOD scores, not below 0
+ *   Distance...       out  real32[P]  centimorgans by MappingFunction, 1000 when unlinked
+ *   PhaseCode         out  int32[P]   1 coupling in both parents, 2 repulsion in CD, 3 in AB, 4 in both; kept where two
+ *                                     markers have no individual in common
+ * Which parent shows repulsion between two AB=CD markers of a clonal F1 can be a random draw: a second load in one
  * process may exchange the two. */
 TESSARMONT_EXPORT void CHECKERRORCDM(
     const int32_t* NameLength, const char* FileName, const int32_t* NumMarkers, int32_t* Status,
@@ -186,25 +184,26 @@ TESSARMONT_EXPORT void CHECKERRORPLM(const int32_t* NameLength, const char* File
                                      float* PairDistance) TESSARMONT_NOEXCEPT;
 
 /* TOOLTWOPOINTREC: maximum-likelihood estimate of one table of genotype pairs. No file, no log.
- *
  *   Population  in   int32      1 to 20
  *   MarkerPair  in   int32      classes of the two markers: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010
- *   Table       in   real32[9]  cell 3*i + j, i the class of the first marker, j of the second (0 A, 1 H, 2
- * B) Rec, StdErr, LOD, PValue  out real32 Haldane, Kosambi          out real32, centimorgans */
+ *   Table       in   real32[9]  cell 3*i + j, i the class of the first marker, j of the second (0 A, 1 H, 2 B)
+ *   Rec, StdErr, LOD, PValue  out real32
+ *   Haldane, Kosambi          out real32, centimorgans */
 TESSARMONT_EXPORT void TOOLTWOPOINTREC(const int32_t* Population, const int32_t* MarkerPair,
                                        const float* Table, float* Rec, float* StdErr, float* LOD,
                                        float* PValue, float* Haldane, float* Kosambi) TESSARMONT_NOEXCEPT;
 
-/* TOOLANOVA: analysis of a table of field plots, one row a plot: environment, genotype, block, then the
- * traits, under a title line. Writes seven text files beside the table, named by its path less the last four
- * characters: .aov (analysis of variance), .egv (means and predictions), .frq (frequencies), .qqp
- * (quantiles), .coe (correlations), .pca and .pcp (biplots). -9999 is a missing value. NameLength, FileName
- * in   the table; no more than 256 characters count NumRows               in   int32  rows of plots, without
- * the title NumColumns            in   int32  columns, the three of the names included NumClasses in   int32
- * classes of the frequency tables, at least 3 Status                out  int32  0, or 100 when the table
- * cannot be read: see ANOVA.log; no file is written then A trait of a single value, an environment with a
- * single plot of a trait, and a trait with error degrees of freedom in one environment only, end the process
- * with one line on standard error. */
+/* TOOLANOVA: analysis of a table of field plots, one row a plot: environment, genotype, block, then the traits, under a
+ * title line. Writes seven text files beside the table, named by its path less the last four characters: .aov (analysis
+ * of variance), .egv (means and predictions), .frq (frequencies), .qqp (quantiles), .coe (correlations), .pca and .pcp
+ * (biplots). -9999 is a missing value.
+ *   NameLength, FileName  in   the table; no more than 256 characters count
+ *   NumRows               in   int32  rows of plots, without the title
+ *   NumColumns            in   int32  columns, the three of the names included
+ *   NumClasses            in   int32  classes of the frequency tables, at least 3
+ *   Status                out  int32  0, or 100 when the table cannot be read: see ANOVA.log; no file is written then
+ * A trait of a single value, an environment with a single plot of a trait, and a trait with error degrees of freedom in
+ * one environment only, end the process with one line on standard error. */
 TESSARMONT_EXPORT void TOOLANOVA(const int32_t* NameLength, const char* FileName, const int32_t* NumRows,
                                  const int32_t* NumColumns, const int32_t* NumClasses,
                                  int32_t* Status) TESSARMONT_NOEXCEPT;
@@ -238,10 +237,11 @@ TESSARMONT_EXPORT void MAPOUTPUT(const int32_t* NameLength, const char* FileName
                                  const char* ChromosomeName, const int32_t* ChromosomeMarkers,
                                  const int32_t* Order, const float* Position) TESSARMONT_NOEXCEPT;
 
-/* CDMOUTPUT: writes the results of a clonal F1 or double cross for a finished map: STEM.hap (haplotypes of
- * the parents), STEM.cdq (project file of the mapping engine), STEM.sum, .sumf, .summ (summaries of the whole
- * map, of parent AB and of parent CD) and, family by family, the pair tables STEM.rec, .lod, .dis with their
- * "f" and "m". WriteRec, WriteLOD, WriteDistance  in  int32  1 writes the three tables of the family
+/* CDMOUTPUT: writes the results of a clonal F1 or double cross for a finished map: STEM.hap (haplotypes of the
+ * parents), STEM.cdq (project file of the mapping engine), STEM.sum, .sumf, .summ (summaries of the whole map,
+ * of parent AB and of parent CD) and, family by family, the pair tables STEM.rec, .lod, .dis with their "f"
+ * and "m".
+ *   WriteRec, WriteLOD, WriteDistance  in  int32  1 writes the three tables of the family
  *   NameLength, FileName   in  the CDM project file that the map was built from
  *   StemLength, Stem       in  path of the new files without extension
  *   NumMarkers             in  int32        places on the map
