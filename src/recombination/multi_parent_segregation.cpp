@@ -19,7 +19,8 @@ void TestPattern(int32_t parents, int32_t pattern, const std::array<int32_t, kPa
     if (carriers == 0) continue;
     ++classes;
     // whole individuals: required as it stands
-    const auto expected = static_cast<float>(int64_t{total} * carriers / parents);
+    const int64_t whole = int64_t{total} * carriers / parents;
+    const auto expected = static_cast<float>(whole);
     const float difference = static_cast<float>(count[static_cast<size_t>(allele) - 1]) - expected;
     sum += difference * difference / expected;
   }
