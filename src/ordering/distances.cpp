@@ -46,8 +46,8 @@ void ListNearest(const Rows& rows, Distances& d) {
       length[at] = distance;
       near[at] = other;
     }
-    if (d.listed < d.n - 1) d.reach[static_cast<std::size_t>(c)] = length[count - 1];
-    d.nearest[static_cast<std::size_t>(c)] = length[0];
+    if (d.listed < d.n - 1) d.reach[c] = length[count - 1];
+    d.nearest[c] = length[0];
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "ordering/places.h"
 #include "recombination/pair_index.h"
 
 namespace ordering {
@@ -35,8 +36,8 @@ struct Distances {
   std::int32_t listed = 0;
   std::vector<City> near;
   std::vector<float> nearLength;
-  std::vector<float> reach;    // one-based
-  std::vector<float> nearest;  // one-based: distance to the nearest city
+  Places<float> reach;    // one-based
+  Places<float> nearest;  // one-based: distance to the nearest city
 
   const City* Near(City c) const {
     return &near[(static_cast<std::size_t>(c) - 1) * static_cast<std::size_t>(listed)];

@@ -11,9 +11,9 @@ template <class Rows>
 struct Scan {
   const Rows& rows;
   const Tour& tour;
-  TopEdges top;             // path kernels only
-  float length;             // exact kernels only
-  std::vector<City> after;  // exact kernels only
+  TopEdges top;        // path kernels only
+  float length;        // exact kernels only
+  Places<City> after;  // exact kernels only
 };
 
 template <class Rows>

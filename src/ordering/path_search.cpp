@@ -9,8 +9,8 @@ namespace ordering {
 namespace {
 
 struct Scratch {
-  std::vector<City> city;
-  std::vector<float> length;
+  Places<City> city;
+  Places<float> length;
 };
 
 template <class Rows>
@@ -268,7 +268,7 @@ void TriplesWithLongest(Search<Rows>& s) {
   const std::int32_t n = s.tour.n;
   const auto& city = s.tour.city;
   const City g = city[s.top.place[1]], h = city[s.top.place[1] + 1];
-  std::vector<float> slack(static_cast<std::size_t>(n) + 1);
+  Places<float> slack(static_cast<std::size_t>(n) + 1);
   float largest = 0;
   for (std::int32_t o = 1; o <= n; ++o) {
     slack[o] = s.Weight(o) - std::min(s.Nearest(city[o]), s.Nearest(city[o + 1]));

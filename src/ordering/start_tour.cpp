@@ -15,7 +15,7 @@ std::int32_t FromList(const Distances& d, City from, std::int32_t i, const std::
   const float* length = d.NearLength(from);
   for (std::int32_t m = 0; m < d.listed; ++m) {
     if (place[near[m]] < i) continue;
-    if (!(length[m] < d.reach[static_cast<std::size_t>(from)])) return -1;  // an equal city may be unlisted
+    if (!(length[m] < d.reach[from])) return -1;  // an equal city may be unlisted
     std::int32_t found = place[near[m]];
     for (std::int32_t other = m + 1; other < d.listed && length[other] == length[m]; ++other) {
       found = std::max(found, place[near[other]]);

@@ -24,9 +24,8 @@ City* CopyBlocks(const Tour& tour, const Move& move, City* target) {
 }
 
 void CloseTour(Tour& tour) {
-  const auto n = static_cast<std::size_t>(tour.n);
-  tour.city[0] = tour.city[n];
-  tour.city[n + 1] = tour.city[1];
+  tour.city[0] = tour.city[tour.n];
+  tour.city[tour.n + 1] = tour.city[1];
 }
 
 }  // namespace
@@ -90,8 +89,8 @@ TopEdges FindTopEdges(const Tour& tour) {
 }
 
 TopEdges SortTopEdges(const Tour& tour) {
-  std::vector<float> length(static_cast<std::size_t>(tour.n));
-  std::vector<std::int32_t> city(static_cast<std::size_t>(tour.n));
+  Places<float> length(static_cast<std::size_t>(tour.n));
+  Places<std::int32_t> city(static_cast<std::size_t>(tour.n));
   std::iota(city.begin(), city.end(), 1);
   std::transform(city.begin(), city.end(), length.begin(),
                  [&tour](City c) { return -tour.edge[tour.at[c]]; });

@@ -12,10 +12,10 @@ namespace ordering {
 // city[k] to city[k + 1].
 struct Tour {
   std::int32_t n = 0;
-  std::vector<City> city;        // one-based; city[0] is the last city and city[n + 1] the first
-  std::vector<std::int32_t> at;  // one-based: position of a city
-  std::vector<float> edge;       // one-based
-  std::vector<City> scratch;
+  Places<City> city;        // one-based; city[0] is the last city and city[n + 1] the first
+  Places<std::int32_t> at;  // one-based: position of a city
+  Places<float> edge;       // one-based
+  Places<City> scratch;
 };
 
 // What a move does to the two blocks of cities behind its removed edges: B stands behind position i, C behind

@@ -37,7 +37,7 @@ struct TourHashBucket {
 // The tours that the repetitions of one call have passed through in one step of the kernel sequence. What
 // follows a tour depends on nothing else, so a repetition that meets one can end: it would only tie.
 struct SeenTours {
-  std::vector<std::array<std::uint64_t, 4>> weights;  // one-based, of a city as front and as rear of an edge
+  Places<std::array<std::uint64_t, 4>> weights;  // one-based, of a city as front and as rear of an edge
   std::unordered_set<TourHash, TourHashBucket> seen;
   std::vector<TourHash> passed;  // by the repetition at hand; joins `seen` when it has ended
 };
