@@ -6,6 +6,7 @@
 #include "frame/call_words.h"
 #include "ordering/consensus_order.h"
 #include "platform/console.h"
+#include "platform/text.h"
 #include "platform/unit.h"
 #include "project/loader.h"
 #include "trial/analysis.h"
@@ -34,19 +35,40 @@ void WriteOnConsole(const Line& line) {
   }
 }
 
-// The header of a pre-read: three fields that nobody keeps, then the count, straight into the caller's place.
+// The header of a pre-read: the fields ahead of the count, which nobody keeps, then the count, straight into the caller's place.
 bool ReadHeader(int32_t moduleCode, int32_t& numMarkers) {
   project::ProjectHeader scratch;
   int32_t status = 0;
-  for (const project::Field field : {project::Field::PopulationType, project::Field::MappingFunction,
-                                     project::Field::MarkerSpaceType, project::Field::NumMarkers}) {
+  for (const project::Field field : project::kRawFields) {
     int32_t& place = field == project::Field::NumMarkers ? numMarkers : project::FieldOf(scratch, field);
     project::ReadField(moduleCode, project::kProjectUnit, project::kLogUnit, status, field, place);
-    if ((status & 1) != 0) {
-      return false;
+    if ((status & 1) != 0 || field == project::Field::NumMarkers) {
+      break;
     }
   }
-  return true;
+  return (status & 1) == 0;
+}
+
+// A log that was open before the call stays as it is, and stays open.
+void OpenLog(std::string_view name, bool wasOpen) {
+  if (!wasOpen) {
+    platform::OpenUnit(project::kLogUnit, name, platform::OpenStatus::Replace);
+  }
+}
+
+void CloseLog(bool wasOpen) {
+  if (!wasOpen) {
+    platform::CloseUnit(project::kLogUnit);
+  }
+}
+
+// The union of the maps that were loaded; nothing after a report.
+results::Consensus UniteMaps(int32_t& flag) {
+  results::Consensus consensus;
+  if ((flag & 1) == 0) {
+    results::BuildConsensus(project::Store(project::Module::Cmp), project::kLogUnit, flag, consensus);
+  }
+  return consensus;
 }
 
 // One int32 a character: character c of name k at element (c-1)*stride + k.
@@ -62,25 +84,22 @@ void Widen(std::string_view name, int32_t k, int32_t stride, int32_t* out) {
 
 std::string_view FileText(const int32_t* length, const char* text) {
   const std::string_view name(text, static_cast<std::size_t>(std::max(*length, 0)));
-  return name.substr(0, name.find_last_not_of(' ') + 1);
+  return platform::WithoutTrailingBlanks(name);
 }
 
 Check LoadForCheck(project::Module module, int32_t moduleCode, std::string_view fileName) {
   const CheckWords& words = WordsOf(kCheckWords, module);
-  Check check{module, fileName, platform::IsConnected(words.logName), false, 0};
-  if (!check.logWasOpen) {
-    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
-  }
+  Check check{module, fileName, platform::IsConnected(words.logName), 0};
+  OpenLog(words.logName, check.logWasOpen);
   project::LoadModule(module, moduleCode, fileName, check.flag);
   return check;
 }
 
 void EndIfFailed(Check& check, int32_t* Status) {
-  if ((check.flag & 1) == 0) {
+  if (!Failed(check)) {
     return;
   }
   const CheckWords& words = WordsOf(kCheckWords, check.module);
-  check.failed = true;
   *Status = kReportedFailure;
   WriteLog(words.failureInLog);
   WriteOnConsole(words.failureOnConsole);
@@ -100,12 +119,9 @@ Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fi
 void CheckMaps(std::string_view fileName, const results::ConsensusTables& tables, int32_t* names,
                int32_t* Status) {
   Check check = LoadForCheck(project::Module::Cmp, project::kConsensusCode, fileName);
-  results::Consensus consensus;
-  if ((check.flag & 1) == 0) {
-    results::BuildConsensus(project::Store(project::Module::Cmp), project::kLogUnit, check.flag, consensus);
-  }
+  const results::Consensus consensus = UniteMaps(check.flag);
   EndIfFailed(check, Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   TellRead(check);
@@ -122,25 +138,18 @@ void CheckMaps(std::string_view fileName, const results::ConsensusTables& tables
 bool PreReadMaps(std::string_view fileName, project::ProjectHeader& header, int32_t& totalMarkers) {
   const PreReadWords& words = WordsOf(kPreReadWords, project::Module::Cmp);
   const bool logWasOpen = platform::IsConnected(project::kLogUnit);
-  if (!logWasOpen) {
-    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
-  }
+  OpenLog(words.logName, logWasOpen);
   int32_t flag = 0;
   project::LoadModule(project::Module::Cmp, project::kConsensusCode, fileName, flag);
   const project::ProjectBlock& block = project::Store(project::Module::Cmp);
-  results::Consensus consensus;
-  if ((flag & 1) == 0) {
-    results::BuildConsensus(block, project::kLogUnit, flag, consensus);
-  }
+  UniteMaps(flag);
   if ((flag & 1) == 0) {
     header = block.Header;
     totalMarkers = block.TotalMarkers;
     platform::WriteRecord(project::kLogUnit, words.run);
   }
   project::ReleaseStore(project::Module::Cmp);
-  if (!logWasOpen) {
-    platform::CloseUnit(project::kLogUnit);
-  }
+  CloseLog(logWasOpen);
   return (flag & 1) == 0;
 }
 
@@ -159,20 +168,14 @@ void TellRun(const Check& check) {
   WriteOnConsole(WordsOf(kCheckWords, check.module).runOnConsole);
 }
 
-void CloseLog(const Check& check) {
-  if (!check.logWasOpen) {
-    platform::CloseUnit(project::kLogUnit);
-  }
-}
+void CloseLog(const Check& check) { CloseLog(check.logWasOpen); }
 
 void PreRead(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* NumMarkers,
              int32_t* Status) {
   const PreReadWords& words = WordsOf(kPreReadWords, module);
   platform::OpenUnit(project::kProjectUnit, fileName, platform::OpenStatus::Old);
   const bool logWasOpen = platform::IsConnected(project::kLogUnit);
-  if (!logWasOpen) {
-    platform::OpenUnit(project::kLogUnit, words.logName, platform::OpenStatus::Replace);
-  }
+  OpenLog(words.logName, logWasOpen);
   const bool good = ReadHeader(moduleCode, *NumMarkers);
   platform::CloseUnit(project::kProjectUnit);
   if (good) {
@@ -180,9 +183,7 @@ void PreRead(project::Module module, int32_t moduleCode, std::string_view fileNa
   } else {
     *Status = kReportedFailure;
   }
-  if (!logWasOpen) {
-    platform::CloseUnit(project::kLogUnit);
-  }
+  CloseLog(logWasOpen);
 }
 
 int32_t MarkersToCopy(const project::ProjectBlock& block, int32_t callersMarkers) {
@@ -210,7 +211,7 @@ void CopyAnchors(const project::ProjectBlock& block, int32_t callersMarkers, int
 
 void PlainCheck(project::Module module, std::string_view fileName, int32_t* Status) {
   const Check check = BeginCheck(module, project::RowOf(module).moduleCode, fileName, Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   TellRead(check);

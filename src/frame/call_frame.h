@@ -17,15 +17,15 @@ inline constexpr int32_t kReportedFailure = 100;  // Status, when the log tells 
 // The characters that count: a length below 0 is 0, trailing blanks are cut.
 std::string_view FileText(const int32_t* length, const char* text);
 
-// A check from the opening of its log to the end of its load. `failed` means that the closing words are
-// written, the log is closed unless it was open before, the store is released and Status is 100.
+// A check from the opening of its log to the end of its load. When it failed, the closing words are written,
+// the log is closed unless it was open before, the store is released and Status is 100.
 struct Check {
   project::Module module;
   std::string_view fileName;
   bool logWasOpen;
-  bool failed;
   int32_t flag;  // of the readers: -1 after a report
 };
+inline bool Failed(const Check& check) { return (check.flag & 1) != 0; }
 Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status);
 void TellRead(const Check& check);  // "<file> read successfully!", in the log and on standard output
 void TellRun(const Check& check);   // "... run successfully!"

@@ -154,7 +154,7 @@ void CHECKERRORBIN(const int32_t* ModuleCode, const int32_t* NameLength, const c
                    int32_t* Status) noexcept try {
   const frame::Check check =
       frame::BeginCheck(Module::Bin, *ModuleCode, FileText(NameLength, FileName), Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   frame::TellRead(check);
@@ -216,7 +216,7 @@ void CHECKERRORMAP(const int32_t* NameLength, const char* FileName, const int32_
                    float* PairLOD, float* PairCrossovers, float* PairDistance) noexcept try {
   const frame::Check check =
       frame::BeginCheck(Module::Map, project::kMapCode, FileText(NameLength, FileName), Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   frame::TellRead(check);
@@ -241,7 +241,7 @@ void CHECKERRORCDM(const int32_t* NameLength, const char* FileName, const int32_
                    float* DistanceParent2, float* DistanceMean, int32_t* PhaseCode) noexcept try {
   const frame::Check check =
       frame::BeginCheck(Module::Cdm, project::kClonalCode, FileText(NameLength, FileName), Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   frame::TellRead(check);
@@ -270,7 +270,7 @@ void CHECKERRORPLM(const int32_t* NameLength, const char* FileName, const int32_
                    float* PairDistance) noexcept try {
   const frame::Check check =
       frame::BeginCheck(Module::Plm, project::kMultiParentCode, FileText(NameLength, FileName), Status);
-  if (check.failed) {
+  if (Failed(check)) {
     return;
   }
   frame::TellRead(check);

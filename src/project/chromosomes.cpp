@@ -13,7 +13,6 @@ namespace {
 using platform::Edits;
 
 constexpr int32_t kIntervals = 1;
-constexpr int32_t kMorgan = 2;
 
 bool ReadChromosomeNames(int32_t unit, int32_t log, int32_t& status, ProjectBlock& block) {
   auto name = Blank<ShortName>();  // scratch of the section: nulls keep the row before
@@ -72,11 +71,7 @@ void ToCentimorgans(const ProjectHeader& header, std::vector<float>& places) {
       places[k] = places[k - 1] + places[k];
     }
   }
-  if (header.MarkerSpaceUnit == kMorgan) {
-    for (float& place : places) {
-      place *= 100.0F;
-    }
-  }
+  ScaleToCentimorgans(header.MarkerSpaceUnit, places);
 }
 
 bool ReadMap(int32_t unit, int32_t log, int32_t& status, ProjectBlock& block) {
@@ -142,6 +137,15 @@ bool CheckOrder(int32_t log, int32_t& status, const std::vector<ChromosomeTable>
 }
 
 }  // namespace
+
+void ScaleToCentimorgans(int32_t spaceUnit, std::vector<float>& places) {
+  constexpr int32_t kMorgan = 2;
+  if (spaceUnit == kMorgan) {
+    for (float& place : places) {
+      place *= 100.0F;
+    }
+  }
+}
 
 void ReadChromosomeSection(int32_t moduleCode, int32_t unit, int32_t log, int32_t& status,
                            ProjectBlock& block) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "project/store.h"
 
@@ -14,6 +15,9 @@ namespace project {
 // share markers.
 void ReadChromosomeSection(int32_t moduleCode, int32_t unit, int32_t log, int32_t& status,
                            ProjectBlock& block);
+
+// Positions in the file's unit (Header.MarkerSpaceUnit) to centimorgans.
+void ScaleToCentimorgans(int32_t spaceUnit, std::vector<float>& places);
 
 // The map and the genotype table must have the same markers in the same order: each difference is reported.
 void CheckNameAgreement(int32_t log, int32_t& status, const ProjectBlock& block);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/text.h"
 #include "project/report.h"
 
 namespace project {
@@ -10,8 +11,7 @@ namespace {
 
 using platform::Edits;
 
-// --- tokens and their code letters
-// -----------------------------------------------------------------------------
+// Tokens and their code letters.
 
 struct TokenList {
   char code;
@@ -98,8 +98,7 @@ void ReportMarker(int32_t log, int32_t& status, std::string_view words, const Ma
   ReportDetail(log, Edits("A,I8"), {"  MarkerID = ", row.marker});
 }
 
-// --- bi-parental populations
-// -----------------------------------------------------------------------------------
+// Bi-parental populations.
 
 struct FamilyRow {
   uint32_t populations;  // as bits
@@ -180,8 +179,7 @@ void ApplyBiParental(int32_t log, int32_t& status, MarkerRow& row) {
   }
 }
 
-// --- lines of a closed set, and nested families
-// ------------------------------------------------------------------
+// Lines of a closed set, and nested families.
 
 void ApplyClosedLines(int32_t log, int32_t& status, MarkerRow& row) {
   std::size_t illegal = 0;
@@ -209,8 +207,7 @@ void ApplyNestedFamilies(int32_t log, int32_t& status, MarkerRow& row) {
   }
 }
 
-// --- clonal F1 and double cross
-// ----------------------------------------------------------------------------------
+// Clonal F1 and double cross.
 
 struct CategoryRow {
   std::string_view text;
@@ -230,7 +227,7 @@ constexpr CategoryRow kClonalCategories[] = {
 };
 
 const CategoryRow* CategoryOf(const MarkerRow& row) {
-  const std::string_view text = row.categoryText.substr(0, row.categoryText.find_last_not_of(' ') + 1);
+  const std::string_view text = platform::WithoutTrailingBlanks(row.categoryText);
   for (const CategoryRow& category : kClonalCategories) {
     if (category.text == text && (row.populationType == 1 ? category.clonal : category.doubleCross)) {
       return &category;
@@ -278,8 +275,7 @@ void ApplyClonal(int32_t log, int32_t& status, MarkerRow& row) {
   }
 }
 
-// --- four and eight parents
-// ----------------------------------------------------------------------------------------
+// Four and eight parents.
 
 constexpr std::string_view kParentLetters = "ABCDEFGH";
 

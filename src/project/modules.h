@@ -95,13 +95,17 @@ inline constexpr Step kTraitSteps[] = {
     Field::NumChromosomes, Field::PopulationSize,  Field::NumTraits,       Section::Chromosomes,
     Section::MarkerTypes,  Section::NameAgreement, Section::Phenotypes,
 };
+// The header of a raw marker file: of MAP, BIN, CDM and PLM.
+inline constexpr std::array<Field, 5> kRawFields = {Field::PopulationType, Field::MappingFunction,
+                                                    Field::MarkerSpaceType, Field::NumMarkers,
+                                                    Field::PopulationSize};
 inline constexpr Step kMarkerSteps[] = {
-    Field::PopulationType, Field::MappingFunction, Field::MarkerSpaceType, Field::NumMarkers,
-    Field::PopulationSize, Section::MarkerTypes,   Section::Anchors,
+    kRawFields[0], kRawFields[1],        kRawFields[2],    kRawFields[3],
+    kRawFields[4], Section::MarkerTypes, Section::Anchors,
 };
 inline constexpr Step kBinSteps[] = {
-    Field::PopulationType, Field::MappingFunction, Field::MarkerSpaceType, Field::NumMarkers,
-    Field::PopulationSize, Section::MarkerTypes,   Section::Anchors,       Section::BinWork,
+    kRawFields[0], kRawFields[1],        kRawFields[2],    kRawFields[3],
+    kRawFields[4], Section::MarkerTypes, Section::Anchors, Section::BinWork,
 };
 
 inline constexpr Step kCmpSteps[] = {

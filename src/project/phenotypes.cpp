@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/fatal.h"
+#include "platform/text.h"
 #include "project/reader.h"
 #include "project/report.h"
 
@@ -27,7 +28,7 @@ std::string_view TrimmedToken(const std::string& tokens, std::size_t line) {
     return {};
   }
   const std::string_view token = std::string_view(tokens).substr(at, kValueWidth);
-  return token.substr(0, token.find_last_not_of(' ') + 1);
+  return platform::WithoutTrailingBlanks(token);
 }
 
 bool IsTextualMark(std::string_view token) {
@@ -48,7 +49,7 @@ float Converted(std::string_view text, std::string_view trait) {
   float value = 0;
   if (!ReadRealFrom(text, value)) {
     platform::Fatal("the value '" + std::string(text) + "' of '" +
-                    std::string(trait.substr(0, trait.find_last_not_of(' ') + 1)) + "' is not a number");
+                    std::string(platform::WithoutTrailingBlanks(trait)) + "' is not a number");
   }
   return value;
 }

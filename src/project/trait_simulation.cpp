@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "project/chromosomes.h"
 #include "project/reader.h"
 #include "project/report.h"
 
@@ -10,8 +11,6 @@ namespace project {
 namespace {
 
 using platform::Edits;
-
-constexpr int32_t kMorgan = 2;
 
 // The trait at hand, with where its reports go.
 struct TraitReader {
@@ -56,11 +55,7 @@ bool ReadChromosomeQTL(TraitReader& reader, int32_t chromosome, int32_t spaceUni
       return false;
     }
   }
-  if (spaceUnit == kMorgan) {
-    for (float& place : qtl.QTLPosition) {
-      place *= 100.0F;
-    }
-  }
+  ScaleToCentimorgans(spaceUnit, qtl.QTLPosition);
   return true;
 }
 

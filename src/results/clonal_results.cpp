@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/record.h"
+#include "platform/text.h"
 #include "platform/unit.h"
 #include "results/map_summary.h"
 #include "results/pair_table_writer.h"
@@ -64,7 +65,7 @@ Haplotypes InferHaplotypes(const ClonalResults& results, const MarkerFile& file)
   for (std::size_t p = 0; p < found.phaseAB.size(); ++p) {
     const int32_t marker = MarkerAt(results.map, static_cast<int32_t>(p) + 1);
     found.recoded.push_back(
-        Recode(RowAt(file, marker), file.PopulationType, found.phaseAB[p], found.phaseCD[p]));
+        Recode(RowAt(file, marker), file.Header.PopulationType, found.phaseAB[p], found.phaseCD[p]));
     found.names.push_back(NameOf(file, marker));
   }
   return found;
@@ -92,18 +93,20 @@ void WriteHap(const ClonalResults& results, const MarkerFile& file, const Haplot
       const auto p = static_cast<std::size_t>(place) - 1;
       const Alleles ab = AllelesOf(found.phaseAB[p], "A", "B");
       const Alleles cd = AllelesOf(found.phaseCD[p], "C", "D");
-      WriteRecord(kHapUnit, Record(Edits("I12,1X,A19,1X,A35,6A12"),
-                                   {c, Trimmed(ChromosomeNameAt(results.map, c)), Trimmed(found.names[p]),
-                                    CategoryOf(file, MarkerAt(results.map, place)), ab.first, ab.second,
-                                    cd.first, cd.second, Trimmed(found.recoded[p].category)}));
+      WriteRecord(kHapUnit,
+                  Record(Edits("I12,1X,A19,1X,A35,6A12"),
+                         {c, platform::WithoutTrailingBlanks(ChromosomeNameAt(results.map, c)),
+                          platform::WithoutTrailingBlanks(found.names[p]),
+                          CategoryOf(file, MarkerAt(results.map, place)), ab.first, ab.second, cd.first,
+                          cd.second, platform::WithoutTrailingBlanks(found.recoded[p].category)}));
     }
   }
 }
 
 void WriteCdq(const ClonalResults& results, const MarkerFile& file, const Haplotypes& found) {
   WriteLines(kCdqUnit, kRemarks);
-  WriteTraitHeader(kCdqUnit, file.PopulationType, file.MappingFunction, results.map.numChromosomes,
-                   file.PopulationSize);
+  WriteTraitHeader(kCdqUnit, file.Header.PopulationType, file.Header.MappingFunction,
+                   results.map.numChromosomes, file.Header.PopulationSize);
   WriteChromosomes(kCdqUnit, results.map, found.names, Edits("A35,1X,I3,F10.3"));
   WriteLines(kCdqUnit, kMarkerRemarks);
   for (std::size_t p = 0; p < found.recoded.size(); ++p) {

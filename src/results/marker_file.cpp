@@ -2,7 +2,10 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
 #include "platform/unit.h"
+#include "project/header_fields.h"
+#include "project/modules.h"
 #include "project/reader.h"
 
 namespace results {
@@ -11,10 +14,9 @@ namespace {
 constexpr int32_t kInputUnit = 30000;
 
 bool ReadHeader(MarkerFile& file) {
-  for (int32_t* const field : {&file.PopulationType, &file.MappingFunction, &file.MarkerSpaceType,
-                               &file.NumMarkers, &file.PopulationSize}) {
+  for (const project::Field field : project::kRawFields) {
     project::NextDataRecord(kInputUnit);
-    if (project::ReadTokens(kInputUnit, {project::IntegerItem(*field)}) != 0) {
+    if (project::ReadTokens(kInputUnit, {project::IntegerItem(project::FieldOf(file.Header, field))}) != 0) {
       return false;
     }
   }
@@ -23,9 +25,9 @@ bool ReadHeader(MarkerFile& file) {
 
 void ReadRows(MarkerFile& file, std::size_t width) {
   project::NextDataRecord(kInputUnit);
-  const auto size = static_cast<std::size_t>(std::max(file.PopulationSize, 0));
+  const auto size = static_cast<std::size_t>(std::max(file.Header.PopulationSize, 0));
   MarkerRecord row;  // scratch of the section: nulls keep the row before
-  for (int32_t m = 1; m <= file.NumMarkers; ++m) {
+  for (int32_t m = 1; m <= file.Header.NumMarkers; ++m) {
     if (project::ReadTokens(kInputUnit, {project::TextItem(row.category.data(), row.category.size()),
                                          project::TextItem(row.name.data(), row.name.size()),
                                          project::CellItems(row.genotypes, width, size)}) != 0) {
@@ -55,10 +57,8 @@ const MarkerRecord& RowAt(const MarkerFile& file, int32_t m) {
 
 std::string_view NameOf(const MarkerFile& file, int32_t m) { return project::Text(RowAt(file, m).name); }
 
-std::string_view Trimmed(std::string_view text) { return text.substr(0, text.find_last_not_of(' ') + 1); }
-
 std::string_view CategoryOf(const MarkerFile& file, int32_t m) {
-  return Trimmed(project::Text(RowAt(file, m).category));
+  return platform::WithoutTrailingBlanks(project::Text(RowAt(file, m).category));
 }
 
 }  // namespace results

@@ -22,7 +22,7 @@ struct MarkerRecord {
 };
 
 struct MarkerFile {
-  int32_t PopulationType = 0, MappingFunction = 0, MarkerSpaceType = 0, NumMarkers = 0, PopulationSize = 0;
+  project::ProjectHeader Header;
   std::vector<MarkerRecord> markers;  // the rows that could be read whole
 };
 
@@ -34,8 +34,6 @@ MarkerFile ReadMarkerFile(std::string_view fileName, std::size_t width);
 const MarkerRecord& RowAt(const MarkerFile& file, int32_t m);
 std::string_view NameOf(const MarkerFile& file, int32_t m);
 
-// Without its trailing blanks.
-std::string_view Trimmed(std::string_view text);
 std::string_view CategoryOf(const MarkerFile& file, int32_t m);
 
 }  // namespace results

@@ -52,11 +52,11 @@ void WritePlq(std::string_view fileName, std::string_view stem, const MultiParen
   const TableSelection places = SelectMarkers(results.map, file, kWholeMap);
   OpenResult(kPlqUnit, stem, ".plq");
   WriteLines(kPlqUnit, kRemarks);
-  WriteTraitHeader(kPlqUnit, file.PopulationType, file.MappingFunction, results.map.numChromosomes,
-                   file.PopulationSize);
+  WriteTraitHeader(kPlqUnit, file.Header.PopulationType, file.Header.MappingFunction,
+                   results.map.numChromosomes, file.Header.PopulationSize);
   WriteChromosomes(kPlqUnit, results.map, places.names, Edits("A35,1X,I4,F12.4"));
   WriteLines(kPlqUnit, kMarkerRemarks);
-  const bool named = file.PopulationType >= 1 && file.PopulationType <= kLastPopulation;
+  const bool named = file.Header.PopulationType >= 1 && file.Header.PopulationType <= kLastPopulation;
   for (const int32_t marker : places.markers) {
     const MarkerRecord& row = RowAt(file, marker);
     std::string record;

@@ -92,9 +92,9 @@ MapSummary ParentSummary(const NewMap& map, const MarkerFile& file, ParentalMap 
         deleted.push_back(marker);
         continue;
       }
-      group.push_back(
-          group.empty() ? SummaryMarker{marker, 0, 0.5F}
-                        : NextOnMap(map, file.MappingFunction, rec, distance, group.back(), previous, place));
+      group.push_back(group.empty() ? SummaryMarker{marker, 0, 0.5F}
+                                    : NextOnMap(map, file.Header.MappingFunction, rec, distance, group.back(),
+                                                previous, place));
       previous = place;
     }
   }

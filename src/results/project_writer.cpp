@@ -143,9 +143,7 @@ void WriteMarkerTypes(int32_t unit, const NewMap& map, const project::ProjectBlo
 void ReadInput(std::string_view fileName, project::ProjectBlock& block) {
   int32_t status = 0;
   platform::OpenUnit(project::kProjectUnit, fileName, platform::OpenStatus::Old);
-  for (const project::Field field :
-       {project::Field::PopulationType, project::Field::MappingFunction, project::Field::MarkerSpaceType,
-        project::Field::NumMarkers, project::Field::PopulationSize}) {
+  for (const project::Field field : project::kRawFields) {
     if ((status & 1) == 0) {
       project::ReadField(project::kMapCode, project::kProjectUnit, project::kLogUnit, status, field,
                          project::FieldOf(block.Header, field));
