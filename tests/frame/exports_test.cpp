@@ -243,10 +243,14 @@ TEST(CheckErrorMapDeathTest, ALogLeftOpenIsAppendedToAndTheStoreKept) {
   EXPECT_EQ(CheckMap("f2.map", 3).status, 0);
   EXPECT_TRUE(platform::IsConnected(100));
   EXPECT_EXIT(CheckMap("f2.map", 3), testing::ExitedWithCode(1), "still holds the last load");
+  project::ReleaseStore(project::Module::Map);
+  WriteFile("bad.map", "21\n");
+  EXPECT_EQ(CheckMap("bad.map", 3).status, 100);
+  EXPECT_TRUE(platform::IsConnected(100)) << "a failure leaves it open, too";
   platform::CloseUnit(100);
-  project::ReleaseStore(project::Module::Map);  // for the tests behind this one
   EXPECT_EQ(ReadFile("MAP.log"),
-            "before\nf2.map read successfully!\n  DLL CheckErrrorMAP run successfully!\n");
+            "before\nf2.map read successfully!\n  DLL CheckErrrorMAP run successfully!\n"
+            "--Input error: Population Type out of range!\n  Population Type =       21\n");
 }
 
 TEST(CheckErrorBin, HandsOutNamesAnchorsAndMissingShares) {

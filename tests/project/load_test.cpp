@@ -278,6 +278,7 @@ TEST(MarkerTypes, MultiParentRows) {
       {"an unknown letter", 30, 1, "ABCD A I", Refused("illeagal marker type!", id)},
       {"eight parents, A and X alone", 30, 3, "ABCDEFGH A X", Refused("non-polymorphism marker!", id)},
       {"four parents, A alone", 30, 1, "ABCD A A", Refused("non-polymorphism marker!", id)},
+      {"four parents, X alone", 30, 1, "ABCD X X", "1234 XX"},
       {"four parents, folded to one", 30, 1, "ABAB A C A", Refused("non-polymorphism marker!", id)},
   };
   for (const RowCase& c : cases) {
@@ -318,6 +319,12 @@ TEST(Load, ReportsOfRowsAnchorsAndNames) {
       {"a remark between rows is a row", File(4, 2, {"M1 A B", "!x A B"}, "M1 0\n!x 0\n"), "good"},
       {"a name three times is three reports", File(4, 1, {"M A", "N A", "M B", "M A"}, ""),
        pair(1, 3, "M") + pair(1, 4, "M") + pair(3, 4, "M")},
+      {"a row that is refused ends the reading ahead of the names", File(4, 1, {"M A", "M A", "N Q"}, ""),
+       "--Input error: Illegal Markertype value in input file!\n  MarkerID, LineID, Markertype = " +
+           Integer8(3) + Integer8(1) + "  Q \n"},
+      {"the first of two bad tokens is told", File(4, 2, {"M1 Q Z"}, ""),
+       "--Input error: Illegal Markertype value in input file!\n  MarkerID, LineID, Markertype = " +
+           Integer8(1) + Integer8(1) + "  Q \n"},
       {"names are equal over 35 characters",
        File(4, 1, {std::string(40, 'n') + " A", std::string(36, 'n') + " B"}, ""),
        pair(1, 2, std::string(35, 'n'))},
@@ -331,6 +338,8 @@ TEST(Load, ReportsOfRowsAnchorsAndNames) {
       {"a negative anchor", File(4, 2, two, "M1 1\nM2 -1\n"),
        "--Input error: Invalid anchor information!\n  MarkerID, AnchorInfo = " + Integer8(2) + Integer8(-1) +
            "\n"},
+      {"a quoted number is none", File(4, 2, two, "M1 1\nM2 '2'\n"),
+       "--Input error: cannot read AnchorInfo!\n  MarkerID = " + Integer8(2) + "\n"},
       {"an anchor that is no integer", File(4, 2, two, "M1 1\nM2 x\n"),
        "--Input error: cannot read AnchorInfo!\n  MarkerID = " + Integer8(2) + "\n"},
       {"a null anchor keeps the row before", File(4, 2, two, "M1 5\nM2,,\n"), "good"},

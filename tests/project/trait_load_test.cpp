@@ -80,6 +80,16 @@ TEST(Chromosomes, Reports) {
        Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(1) + Integer8(2)})},
       {"or nothing yet", Sdl(2, 1, names, "a x 0\n", abc),
        Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(0) + Integer8(1)})},
+      {"nulls keep the row before: name and count",
+       Sdl(2, 1, "C1 2\n,,\n", "a 1 0\nb 1 5\nc 2 0\nd 2 1\n", {"a", "b", "c", "d"}), "good"},
+      {"the name and the chromosome of a map row", Sdl(2, 1, names, "a 1 0\n,, 5\nc 2 0\n", abc),
+       twice(1, 1, 1, 2)},
+      {"and its position", Sdl(2, 1, names, "a 1 3\nb 1,,\nc 2 0\n", abc), "good"},
+      {"a bad row ends the reading: equal names before it are not told",
+       Sdl(2, 1, names, "a 1 0\na 1 5\nc 9 0\n", abc),
+       Report("chromosome and marker info does not match!",
+              {"  Input ChromID, Input MarkerID, Expected ChromID= " + Integer8(9) + Integer8(1) +
+               Integer8(2)})},
       {"a chromosome number that is not due", Sdl(2, 1, names, "a 0 0\nb 1 5\nc 2 0\n", abc),
        Report("chromosome and marker info does not match!",
               {"  Input ChromID, Input MarkerID, Expected ChromID= " + Integer8(0) + Integer8(1) +
@@ -184,6 +194,8 @@ TEST(Families, SizesMakeThePopulation) {
   };
   EXPECT_EQ(Load(Module::Nam, file("f1 1\nf2 1\n")), "good");
   EXPECT_EQ(Store(Module::Nam).Header.PopulationSize, 2);
+  EXPECT_EQ(Load(Module::Nam, file("f1 1\n,,\n")), "good") << "nulls keep the row before";
+  EXPECT_EQ(Store(Module::Nam).Header.PopulationSize, 2);
   EXPECT_EQ(Load(Module::Nam, file("f1 1\nf2 0\n")),
             Report("family size out of range!", {"  FamilyID, Family Size = " + Integer8(2) + Integer8(0)}));
   EXPECT_EQ(Load(Module::Nam, file("f1 1\nf2 x\n")),
@@ -251,6 +263,8 @@ TEST(TraitSimulation, Reports) {
       {"its value", "0\n0\n-\n1\nx\n", Report("cannot read heritability or error variance!", {trait})},
       {"the mean", "0\n0\n-\n1\n0.5\n", Report("cannot read the overall mean of phenotype!", {trait})},
       {"good", "0\n0\n-\n1\n0.5\n1\n", "good"},
+      {"an indicator that is neither 1 nor 2 passes", "0\n0\n-\n7\n0.5\n1\n", "good"},
+      {"a negative number of QTL is none", "-1\n0\n-\n1\n0.5\n1\n", "good"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(Load(Module::Bip, Simulation(c.second)), c.log) << c.rule;
@@ -268,6 +282,10 @@ TEST(Lines, Values) {
   EXPECT_EQ(Load(Module::Csl, head + "t1 1 2 3\nt1r2 4 5 6\nt2 7 8 9\nt2r2 1 1 1/\n"), "good");
   EXPECT_EQ(Store(Module::Csl).Phenotype.items[3], 4.0F);
   EXPECT_EQ(Text(Store(Module::Csl).TraitName.items[1]), Short("t1r2"));
+  EXPECT_EQ(Load(Module::Csl, head + "t1 1 2 3\n, , 5,,\nt2 7 8 9\nt2r2 1 1 1\n"), "good");
+  EXPECT_EQ(Text(Store(Module::Csl).TraitName.items[1]), Short("t1")) << "a null keeps the row before";
+  EXPECT_EQ(Store(Module::Csl).Phenotype.items[3], 1.0F);
+  EXPECT_EQ(Store(Module::Csl).Phenotype.items[5], 3.0F);
   EXPECT_EQ(Load(Module::Csl, head + "t1 1 2 3\nt1r2 4 5 6\nt2 7 8 9\nt2r2 1 NA 1\n"),
             Report("cannot read trait values!",
                    {"  TraitID, EnvID, RepID" + Integer8(2) + Integer8(1) + Integer8(2)}));
