@@ -1,5 +1,7 @@
 // Raw marker files under every rule set; the first byte of the input chooses it.
 
+#include <algorithm>
+
 #include "fuzz/fuzzing.h"
 #include "platform/unit.h"
 #include "project/loader.h"
@@ -22,8 +24,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   } catch (const fuzzing::FatalPath&) {
   }
   const project::ProjectBlock& block = project::Store(project::Module::Bin);
-  if (status == 0 && block.AnchorInfo.allocated &&
-      project::MarkerNameAt(block, block.Header.NumMarkers).size() != project::kNameWidth) {
+  // What was accepted is whole: a name and a code letter a line for every marker, unless no rules read the rows.
+  const auto markers = static_cast<std::size_t>(std::max(block.Header.NumMarkers, 0));
+  const auto lines = static_cast<std::size_t>(std::max(block.Header.PopulationSize, 0));
+  if (status == 0 && (block.AnchorInfo.items.size() != markers ||
+                      (!block.Genotype.items.empty() && block.Genotype.items.size() != markers * lines))) {
     __builtin_trap();
   }
   fuzzing::CleanUp();

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +19,9 @@ using OutputFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 struct FileUnit {
   std::string name;
+  std::string path;  // from the root: the host may change its folder
+  dev_t device = 0;  // with inode: the file, by whatever name
+  ino_t inode = 0;
   std::string text;           // an input file, read at once; a record is a view into it
   std::size_t next = 0;       // where the next read begins
   std::size_t lastBegin = 0;  // of the record read last: met again in no time after a step back
@@ -43,14 +47,25 @@ std::map<int32_t, FileUnit>& Units() {
   Fatal(line);
 }
 
-bool IsSameFile(const std::string& first, const std::string& second) {
-  if (first == second) {
-    return true;
+std::string FromTheRoot(const std::string& name) {
+  std::error_code failed;
+  const std::filesystem::path path = std::filesystem::absolute(name, failed);
+  return failed ? name : path.lexically_normal().string();
+}
+
+bool IsFileOf(const FileUnit& unit, const std::string& name) {
+  struct stat status = {};
+  return unit.path == FromTheRoot(name) ||
+         (stat(name.c_str(), &status) == 0 && status.st_dev == unit.device && status.st_ino == unit.inode);
+}
+
+void KeepIdentity(FileUnit& unit, std::FILE* file) {
+  struct stat status = {};
+  if (fstat(fileno(file), &status) == 0) {
+    unit.device = status.st_dev;
+    unit.inode = status.st_ino;
   }
-  struct stat one = {};
-  struct stat two = {};
-  return stat(first.c_str(), &one) == 0 && stat(second.c_str(), &two) == 0 && one.st_dev == two.st_dev &&
-         one.st_ino == two.st_ino;
+  unit.path = FromTheRoot(unit.name);
 }
 
 // The name as the file system takes it; a name with a NUL inside names no file.
@@ -74,10 +89,17 @@ void ReadWhole(FileUnit& unit) {
   if (!file) {
     FatalFile("cannot open", unit.name, std::strerror(errno));
   }
-  unit.text.resize(static_cast<std::size_t>(status.st_size));
-  const std::size_t got = std::fread(unit.text.data(), 1, unit.text.size(), file.get());
-  if (std::ferror(file.get()) != 0) {
-    FatalFile("cannot read", unit.name, std::strerror(errno));
+  KeepIdentity(unit, file.get());
+  // To the end, wherever that is by now: the size may be that of a file that still grows.
+  constexpr std::size_t kGrowth = 65536;
+  const auto size = static_cast<std::size_t>(status.st_size);
+  std::size_t got = 0;
+  while (std::feof(file.get()) == 0) {
+    unit.text.resize(got < size ? size + 1 : got + kGrowth);
+    got += std::fread(unit.text.data() + got, 1, unit.text.size() - got, file.get());
+    if (std::ferror(file.get()) != 0) {
+      FatalFile("cannot read", unit.name, std::strerror(errno));
+    }
   }
   unit.text.resize(got);
 }
@@ -87,6 +109,7 @@ void OpenForWriting(FileUnit& unit) {
   if (!unit.out) {
     FatalFile("cannot write", unit.name, std::strerror(errno));
   }
+  KeepIdentity(unit, unit.out.get());
 }
 
 FileUnit& Connected(int32_t unit) {
@@ -99,7 +122,7 @@ FileUnit& Connected(int32_t unit) {
 
 void RefuseFileInUse(const std::string& name) {
   for (const auto& [number, connected] : Units()) {
-    if (IsSameFile(connected.name, name)) {
+    if (IsFileOf(connected, name)) {
       FatalFile("cannot open", name, "it is in use already");
     }
   }
@@ -151,7 +174,7 @@ bool IsConnected(int32_t unit) { return Units().contains(unit); }
 bool IsConnected(std::string_view name) {
   const std::string systemName = SystemName(name);
   for (const auto& [number, unit] : Units()) {
-    if (IsSameFile(unit.name, systemName)) {
+    if (IsFileOf(unit, systemName)) {
       return true;
     }
   }

@@ -1,5 +1,6 @@
 #include "platform/unit.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -84,6 +85,24 @@ TEST(Unit, AWriteWithoutAFileConnectsTheDefaultFileWhichStays) {
   WriteRecord(100, "again");
   CloseUnit(100);
   EXPECT_EQ(ReadFile("fort.100"), "again\n");
+}
+
+TEST(Unit, AConnectedFileIsKnownFromAnyFolderAndByAnyName) {
+  const ScratchFolder folder;
+  const std::filesystem::path home = std::filesystem::current_path();
+  std::filesystem::create_directory("sub");
+  OpenUnit(100, "MAP.log", OpenStatus::Replace);
+  std::filesystem::create_hard_link("MAP.log", "other.log");
+  EXPECT_TRUE(IsConnected("./MAP.log"));
+  EXPECT_TRUE(IsConnected("other.log"));
+  std::filesystem::current_path("sub");
+  EXPECT_FALSE(IsConnected("MAP.log")) << "a file of that name in another folder is another file";
+  EXPECT_TRUE(IsConnected("../MAP.log"));
+  std::filesystem::remove(home / "MAP.log");
+  EXPECT_TRUE(IsConnected((home / "MAP.log").string())) << "also once its name is gone";
+  std::filesystem::current_path(home);
+  CloseUnit(100);
+  EXPECT_FALSE(IsConnected("MAP.log"));
 }
 
 TEST(UnitDeathTest, WhatGoesWrongInAFileEndsTheProcessWithOneLine) {
