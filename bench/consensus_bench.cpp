@@ -1,15 +1,12 @@
 // A consensus of 10 maps x 2,000 markers, all but the reading of the file: union, tables and order. The plain
 // transcription stands beside it; tables and order are compared first.
 
-#include <benchmark/benchmark.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "ordering/consensus_order.h"
 #include "platform/unit.h"
 #include "results/consensus.h"
@@ -75,35 +72,27 @@ Answer Plain(const std::vector<reference::PlainMap>& maps) {
   return {c.mapCount, c.mapIndex, c.position, c.distance};
 }
 
-void LibraryConsensus(benchmark::State& state) {
-  const auto maps = Maps(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)),
-                         static_cast<int>(state.range(1)) * 3 / 2);
-  platform::OpenUnit(100, "/dev/null", platform::OpenStatus::Replace);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Library(maps));
+struct Size {
+  int maps, markers;
+};
+struct Work {
+  explicit Work(const Size& size) : maps(Maps(size.maps, size.markers, size.markers * 3 / 2)) {
+    platform::OpenUnit(100, "/dev/null", platform::OpenStatus::Replace);
   }
-}
+  ~Work() { platform::CloseUnit(100); }
+  void Plain() { plain = ::Plain(maps); }
+  void Library() { fast = ::Library(maps); }
+  bool Same() const { return plain == fast; }
 
-void PlainConsensus(benchmark::State& state) {
-  const auto maps = Maps(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)),
-                         static_cast<int>(state.range(1)) * 3 / 2);
-  platform::OpenUnit(100, "/dev/null", platform::OpenStatus::Replace);
-  if (!(Library(maps) == Plain(maps))) {
-    std::fputs("the answers differ\n", stderr);
-    std::abort();
-  }
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Plain(maps));
-  }
-}
-
-BENCHMARK(LibraryConsensus)->Args({4, 150})->Args({10, 2000})->Iterations(1)->Unit(benchmark::kMillisecond);
-BENCHMARK(PlainConsensus)
-    ->Args({4, 150})
-    ->Args({10, 2000})  // takes minutes
-    ->Iterations(1)
-    ->Unit(benchmark::kMillisecond);
+  std::vector<reference::PlainMap> maps;
+  Answer plain, fast;
+};
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  for (const int markers : {150, 500, 2000}) {
+    bench::Add<Work>("consensus, 10 maps: " + std::to_string(markers), Size{10, markers}, markers, {20, 20});
+  }
+  return bench::Run(argc, argv);
+}

@@ -1,14 +1,11 @@
 // The check of marker names: the library's index against comparing each name with all before it. The pairs
 // found are compared first.
 
-#include <benchmark/benchmark.h>
-
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "project/name_index.h"
 #include "tests/reference/names_plain.h"
 
@@ -36,31 +33,21 @@ Pairs ByIndex(const std::vector<std::string>& names) {
   return pairs;
 }
 
-Pairs Plain(const std::vector<std::string>& names) {
-  return reference::EqualNames({names.begin(), names.end()});
-}
+struct Work {
+  explicit Work(int64_t count) : names(Names(count)) {}
+  void Plain() { plain = reference::EqualNames({names.begin(), names.end()}); }
+  void Library() { fast = ByIndex(names); }
+  bool Same() const { return plain == fast; }
 
-void Index(benchmark::State& state) {
-  const std::vector<std::string> names = Names(state.range(0));
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(ByIndex(names));
-  }
-}
-
-void PlainCheck(benchmark::State& state) {
-  const std::vector<std::string> names = Names(state.range(0));
-  if (ByIndex(names) != Plain(names)) {
-    std::fputs("the answers differ\n", stderr);
-    std::abort();
-  }
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(Plain(names));
-  }
-}
-
-BENCHMARK(Index)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
-BENCHMARK(PlainCheck)->Arg(5000)->Arg(50000)->Unit(benchmark::kMillisecond);
+  std::vector<std::string> names;
+  Pairs plain, fast;
+};
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  for (const int64_t count : {5000, 20000, 50000}) {
+    bench::Add<Work>("names: " + std::to_string(count), count, static_cast<double>(count), {});
+  }
+  return bench::Run(argc, argv);
+}

@@ -1,16 +1,9 @@
-// Ordering of one linkage group: the library beside the plain transcription, same table, orders compared.
-//   ordering_bench           150, 200 and 500 markers
-//   ordering_bench --large   1,000 and 2,000 as well (the plain runs take minutes)
-
-#include <algorithm>
-#include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
+// Ordering by nearest neighbour and two-opt, on tables as estimated from simulated crosses of 200 lines and on odd
+// ones. The plain side of the largest takes minutes: --benchmark_filter=-2000 leaves it out.
 #include <random>
-#include <string_view>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "ordering/driver.h"
 #include "tests/reference/distance_tables.h"
 #include "tests/reference/ordering_plain.h"
@@ -19,53 +12,54 @@ namespace {
 
 using reference::TableKind;
 
-struct KindRow {
+struct Kind {
   const char* name;
   TableKind kind;
-  bool common;  // as users have them; the others show how far the odd kinds fall off
+  int32_t largest;
 };
-constexpr KindRow kKinds[] = {
-    {"DH, 1-2 cM", TableKind::DoubledHaploid, true},
-    {"F2, 1-2 cM", TableKind::F2, true},
-    {"DH, 150 cM", TableKind::DenseDoubledHaploid, true},
-    {"F2, 150 cM", TableKind::DenseF2, true},
-    {"uniform", TableKind::Uniform, false},
-    {"integers 0-3", TableKind::Integers, false},
+constexpr Kind kKinds[] = {
+    {"DH, 1-2 cM", TableKind::DoubledHaploid, 2000},
+    {"F2, 1-2 cM", TableKind::F2, 2000},
+    {"DH, 150 cM", TableKind::DenseDoubledHaploid, 2000},
+    {"F2, 150 cM", TableKind::DenseF2, 2000},
+    {"uniform", TableKind::Uniform, 200},
+    {"integers 0-3", TableKind::Integers, 200},
 };
+struct Size {
+  int32_t markers;
+  bench::Bar bar;
+};
+constexpr Size kSizes[] = {
+    {150, {100, 100}}, {200, {30, 100}}, {500, {40, 100}}, {1000, {60, 200}}, {2000, {80, 300}}};
 
-double Seconds(void (*order)(std::int32_t, const float*, std::int32_t*, const std::int32_t*), std::int32_t n,
-               const std::vector<float>& table, std::vector<std::int32_t>& result) {
-  const auto start = std::chrono::steady_clock::now();
-  order(n, table.data(), result.data(), nullptr);
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+struct Row {
+  TableKind kind;
+  int32_t n;
+};
+struct Work {
+  explicit Work(const Row& row)
+      : n(row.n), plain(static_cast<size_t>(row.n)), fast(static_cast<size_t>(row.n)) {
+    std::mt19937 random(static_cast<std::uint32_t>(n));
+    table = reference::MakeTable(row.kind, n, random);
+  }
+  void Plain() { reference::NnTwoOpt(n, table.data(), plain.data(), nullptr); }
+  void Library() { ordering::NnTwoOpt(n, table.data(), fast.data(), nullptr); }
+  bool Same() const { return plain == fast; }
 
-void Compare(std::int32_t n, const KindRow& row) {
-  std::mt19937 random(static_cast<std::uint32_t>(n));
-  const std::vector<float> table = reference::MakeTable(row.kind, n, random);
-  std::vector<std::int32_t> fast(static_cast<std::size_t>(n)), plain(fast);
-  const double plainTime = Seconds(reference::NnTwoOpt, n, table, plain);
-  double fastTime = Seconds(ordering::NnTwoOpt, n, table, fast);
-  if (fast != plain) {
-    std::fprintf(stderr, "ordering_bench: different orders, n %d, %s\n", n, row.name);
-    std::abort();
-  }
-  for (int again = 0; again < 4; ++again) {
-    fastTime = std::min(fastTime, Seconds(ordering::NnTwoOpt, n, table, fast));
-  }
-  std::printf("%6d  %-12s  plain %10.1f ms  library %8.2f ms  ratio %8.1f\n", n, row.name, 1e3 * plainTime,
-              1e3 * fastTime, plainTime / fastTime);
-  std::fflush(stdout);
-}
+  int32_t n;
+  std::vector<float> table;
+  std::vector<int32_t> plain, fast;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::vector<std::int32_t> sizes = {150, 200, 500};
-  if (argc > 1 && std::string_view(argv[1]) == "--large") sizes.insert(sizes.end(), {1000, 2000});
-  for (const std::int32_t n : sizes) {
-    for (const KindRow& row : kKinds) {
-      if (row.common || n <= 200) Compare(n, row);
+  for (const Kind& kind : kKinds) {
+    for (const Size& size : kSizes) {
+      if (size.markers > kind.largest) continue;
+      bench::Add<Work>(std::string("ordering, ") + kind.name + ": " + std::to_string(size.markers),
+                       Row{kind.kind, size.markers}, size.markers, size.bar);
     }
   }
+  return bench::Run(argc, argv);
 }

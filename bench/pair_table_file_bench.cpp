@@ -1,11 +1,7 @@
 // The pair tables of the result files: the library's writer against formatting each field with the C library.
 // The files are compared first; the plain one also bounds what the disk takes.
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "platform/unit.h"
 #include "results/pair_table_writer.h"
 #include "tests/reference/pair_table_plain.h"
@@ -67,37 +64,25 @@ std::string Content(const char* name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void CountBytes(benchmark::State& state, const char* name) {
-  state.SetBytesProcessed(state.iterations() *
-                          static_cast<int64_t>(std::filesystem::file_size(FileIn(name))));
-  std::filesystem::remove(FileIn(name));
-}
-
-void Library(benchmark::State& state) {
-  const Table table(state.range(0));
-  WriteByLibrary(table);
-  WritePlain(table);
-  if (Content("library") != Content("plain")) {
-    std::fputs("the files differ\n", stderr);
-    std::abort();
+struct Work {
+  explicit Work(int64_t markers) : table(markers) {}
+  ~Work() {
+    std::filesystem::remove(FileIn("library"));
+    std::filesystem::remove(FileIn("plain"));
   }
-  for (auto _ : state) {
-    WriteByLibrary(table);
-  }
-  CountBytes(state, "library");
-}
+  void Plain() { WritePlain(table); }
+  void Library() { WriteByLibrary(table); }
+  bool Same() const { return Content("library") == Content("plain"); }
 
-void Plain(benchmark::State& state) {
-  const Table table(state.range(0));
-  for (auto _ : state) {
-    WritePlain(table);
-  }
-  CountBytes(state, "plain");
-}
-
-BENCHMARK(Library)->Arg(1000)->Arg(3000)->Unit(benchmark::kMillisecond)->UseRealTime();
-BENCHMARK(Plain)->Arg(1000)->Arg(3000)->Unit(benchmark::kMillisecond)->UseRealTime();
+  Table table;
+};
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  for (const int64_t markers : {1000, 2000, 3000}) {
+    bench::Add<Work>("pair table files: " + std::to_string(markers), markers, static_cast<double>(markers),
+                     {});
+  }
+  return bench::Run(argc, argv);
+}
