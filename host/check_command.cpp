@@ -2,6 +2,7 @@
 #include <CLI/Option.hpp>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "host/command_line.h"
 #include "host/fault_report.h"
@@ -10,6 +11,8 @@
 #include "host/map_report.h"
 #include "host/marker_data.h"
 #include "host/populations.h"
+#include "host/precheck.h"
+#include "host/precheck_report.h"
 #include "host/text.h"
 #include "host/trait_data.h"
 
@@ -22,6 +25,7 @@ struct Verdict {
   ExitCode code = ExitCode::Good;
   std::vector<Fault> faults;
   std::string faultText;
+  std::vector<Finding> findings;  // of the host's own look: faults of a refused file, warnings of a good one
   nlohmann::json facts = nlohmann::json::object();
 };
 
@@ -45,23 +49,22 @@ void Refuse(const InputFile& file, const LoadResult& load, Verdict& verdict) {
   verdict.faultText = FaultText(file, verdict.faults);
 }
 
-void CheckMapFile(const InputFile& file, bool quiet, Verdict& verdict) {
+void CheckMarkerFile(const InputFile& file, TableKind kind, bool quiet, Verdict& verdict) {
   MapData data;
-  const LoadResult load = LoadMap(file, quiet, data);
+  const LoadResult load = LoadMarkers(file, kind, quiet, data);
   if (!load.good) return Refuse(file, load, verdict);
+  const std::string population(PopulationWords(kind, data.populationType));
   verdict.sentence = Counted(data.numMarkers, "marker") + " x " + Counted(data.populationSize, "line") +
-                     ", population " + std::to_string(data.populationType) + " (" +
-                     PopulationName(data.populationType) + "), " +
+                     ", population " + std::to_string(data.populationType) + " (" + population + "), " +
                      std::string(MapFunctionName(data.mappingFunction)) + ", missing " +
                      Fixed(100 * MissingShare(data), 1) + " %";
-  verdict.facts = {
-      {"markers", data.numMarkers},
-      {"lines", data.populationSize},
-      {"population", {{"number", data.populationType}, {"name", PopulationName(data.populationType)}}},
-      {"map_function", MapFunctionName(data.mappingFunction)},
-      {"marker_space", data.markerSpaceType == 1 ? "intervals" : "positions"},
-      {"missing", MissingShare(data)},
-      {"distorted", DistortedMarkers(data)}};
+  verdict.facts = {{"markers", data.numMarkers},
+                   {"lines", data.populationSize},
+                   {"population", {{"number", data.populationType}, {"name", population}}},
+                   {"map_function", MapFunctionName(data.mappingFunction)},
+                   {"marker_space", data.markerSpaceType == 1 ? "intervals" : "positions"},
+                   {"missing", MissingShare(data)},
+                   {"distorted", DistortedMarkers(data)}};
 }
 
 void CheckBinFile(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
@@ -94,42 +97,59 @@ void CheckCmpFile(const InputFile& file, Verdict& verdict) {
                    {"marker_space", counts.markerSpaceType == 1 ? "intervals" : "positions"}};
 }
 
+// The library stops at the first fault; this lists all, and in a good file what the library drops.
+void LookThrough(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
+  if (verdict.code == ExitCode::Other) return;
+  const auto look = verdict.code == ExitCode::Good ? FindDropped : FindFaults;
+  verdict.findings = look(ReadWhole(file.absolute), verdict.module, moduleCode);
+}
+
 Verdict CheckOne(const std::string& path, const CheckOptions& options) {
   Verdict verdict;
   verdict.file = path;
+  std::optional<InputFile> opened;
   try {
     const ModuleRow& module = ModuleFor(path, options.module);
     verdict.module = module.code;
-    const InputFile file = OpenInput(path);
+    const InputFile& file = opened.emplace(OpenInput(path));
     if (module.code == "BIN") {
       CheckBinFile(file, options.moduleCode, verdict);
     } else if (module.code == "CMP") {
       CheckCmpFile(file, verdict);
     } else if (HasTraitCheck(module.code)) {
       CheckLinkageFile(file, verdict);
-    } else {
-      CheckMapFile(file, options.json, verdict);
+    } else if (const auto kind = MarkerKindOf(module.code)) {
+      CheckMarkerFile(file, *kind, options.json, verdict);
     }
   } catch (const Failure& failure) {
     if (failure.code == ExitCode::UsageWrong) throw;
     verdict.code = failure.code;
     verdict.sentence = failure.message;
   }
+  if (opened) LookThrough(*opened, options.moduleCode, verdict);
   return verdict;
 }
 
-void Print(const Verdict& verdict) {
+void Print(const Verdict& verdict, bool all) {
   if (verdict.code == ExitCode::Good) {
     std::cout << verdict.file << ": good " << verdict.module << " file, " << verdict.sentence << '\n';
-  } else if (verdict.faults.empty()) {
+    for (const Finding& finding : verdict.findings) {
+      std::cout.flush();
+      std::cerr << "tessarmont: warning: " << verdict.file << ", line " << finding.lines.front() << ": "
+                << finding.words << '\n';
+    }
+    return;
+  }
+  if (verdict.faults.empty()) {
     std::cout.flush();
     std::cerr << "tessarmont: " << verdict.sentence << '\n';
   } else {
     std::cout << verdict.faultText;
   }
+  std::cout << FindingsText(verdict.file, verdict.findings, all);
 }
 
-nlohmann::json Json(const Verdict& verdict) {
+nlohmann::json Json(const Verdict& verdict, bool all) {
   nlohmann::json json = verdict.facts;
   json["file"] = verdict.file;
   json["module"] = verdict.module.empty() ? nlohmann::json() : nlohmann::json(verdict.module);
@@ -140,6 +160,7 @@ nlohmann::json Json(const Verdict& verdict) {
   for (const Fault& fault : verdict.faults) {
     json["faults"].push_back(FaultJson(fault));
   }
+  json["findings"] = FindingsJson(verdict.findings, all);
   return json;
 }
 
@@ -152,8 +173,10 @@ CLI::App* DeclareCheck(CLI::App& app, CheckOptions& options) {
   check->add_option("--module", options.module, "read every FILE as this Module instead of by extension");
   check->add_option("--module-code", options.moduleCode, "rule set for BIN files")->capture_default_str();
   check->add_flag("--json", options.json, "print one JSON object: files, each with its facts or faults");
+  check->add_flag("--all", options.all, "list every fault of a file with more than 20");
   check->footer(
-      "Example: prints a line for each good file, the report and its line number for a bad one\n"
+      "Example: prints a line for each good file; for a bad one the report and its line, then all its "
+      "faults\n"
       "  tessarmont check examples/listeria.map examples/multitrait.map");
   return check;
 }
@@ -165,9 +188,9 @@ ExitCode RunCheck(const CheckOptions& options) {
     const Verdict verdict = CheckOne(path, options);
     worst = Worse(worst, verdict.code);
     if (options.json) {
-      files.push_back(Json(verdict));
+      files.push_back(Json(verdict, options.all));
     } else {
-      Print(verdict);
+      Print(verdict, options.all);
     }
   }
   if (options.json) {

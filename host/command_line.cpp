@@ -23,9 +23,13 @@ constexpr const char* kFooter =
 
 struct Options {
   CheckOptions check;
+  ImportOptions import;
+  PopulationsOptions populations;
   MapOptions map;
   ConsensusOptions consensus;
+  ExportOptions exporting;
   GsOptions gs;
+  TrialOptions trial;
   TwoPointOptions twoPoint;
 };
 
@@ -41,9 +45,13 @@ void RequireSubcommand(const CLI::App& app, const std::string& word) {
 ExitCode Run(CLI::App& app, int count, char** arguments) {
   Options options;
   const CLI::App* check = DeclareCheck(app, options.check);
+  const CLI::App* import = DeclareImport(app, options.import);
+  const CLI::App* populations = DeclarePopulations(app, options.populations);
   const CLI::App* map = DeclareMap(app, options.map);
   const CLI::App* consensus = DeclareConsensus(app, options.consensus);
+  const CLI::App* exporting = DeclareExport(app, options.exporting);
   const CLI::App* gs = DeclareGs(app, options.gs);
+  const CLI::App* trial = DeclareTrial(app, options.trial);
   DeclareTwoPoint(app, options.twoPoint);
   if (count > 1) RequireSubcommand(app, arguments[1]);
   try {
@@ -53,9 +61,13 @@ ExitCode Run(CLI::App& app, int count, char** arguments) {
   }
   CatchInterrupts();
   if (check->parsed()) return RunCheck(options.check);
+  if (import->parsed()) return RunImport(options.import);
+  if (populations->parsed()) return RunPopulations(options.populations);
   if (map->parsed()) return RunMap(options.map);
   if (consensus->parsed()) return RunConsensus(options.consensus);
+  if (exporting->parsed()) return RunExport(options.exporting);
   if (gs->parsed()) return RunGs(options.gs);
+  if (trial->parsed()) return RunTrial(options.trial);
   return RunTwoPoint(options.twoPoint);
 }
 
@@ -83,6 +95,7 @@ ExitCode RunGuarded(int count, char** arguments) {
 }  // namespace
 
 int RunCommandLine(int count, char** arguments) {
+  KeepArguments(count, arguments);
   ExitCode code = RunGuarded(count, arguments);
   if (!std::cout.flush()) code = Complain(ExitCode::Other, "cannot write to standard output");
   if (const int signal = CaughtSignal(); signal != 0) {

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "host/command_line.h"
+#include "host/consensus_page.h"
 #include "host/consensus_report.h"
 #include "host/fault_report.h"
 #include "host/input_file.h"
@@ -28,7 +29,7 @@ constexpr const char* kFooter =
     "library's own tables of the order, which may run the other way. The summary tells for each map "
     "Kendall's "
     "tau-b with the consensus (reversed: the map runs the other way) and for each two maps how many pairs of "
-    "their common markers stand in opposite order.\n\n"
+    "their common markers stand in opposite order. STEM.report.html shows the maps with joining lines.\n\n"
     "Example: two maps of one chromosome, made and joined\n"
     "  printf '2\\n1\\n2\\nA 3\\nB 3\\nm1 1 0\\nm2 1 4\\nm3 1 9\\nm1 2 0\\nm3 2 8\\nm4 2 12\\n' > both.cmp\n"
     "  tessarmont consensus both.cmp";
@@ -56,7 +57,7 @@ ResultFiles RunFile(const ConsensusOptions& options, ConsensusRun& run) {
   const InputFile file = OpenInput(options.file);
   std::filesystem::path stem = options.stem;
   if (options.stem.empty()) stem = std::filesystem::path(options.file).replace_extension();
-  ResultFiles results = OpenResults(stem, {file.absolute}, {kTable, kLog});
+  ResultFiles results = OpenResults(stem, {file.absolute}, {kTable, kLog, kReportExtension});
   run.input = options.file;
   if (AddGroup(file, "", false, run)) run.maps = run.groups.front().consensus.maps;
   return results;
@@ -89,7 +90,7 @@ std::filesystem::path StemOfTable(const std::string& path) {
 ResultFiles RunTables(const ConsensusOptions& options, ConsensusRun& run) {
   const std::vector<MapTableFile> tables = ReadTables(options.tables);
   const std::vector<Chromosome> chromosomes = MatchGroups(tables, run.warnings);
-  std::vector<std::string> extensions{kTable, kLog};
+  std::vector<std::string> extensions{kTable, kLog, kReportExtension};
   for (const Chromosome& chromosome : chromosomes) {
     std::string word = chromosomes.size() == 1 ? "" : "." + FileWord(chromosome.name);
     while (std::find(extensions.begin(), extensions.end(), word + ".cmp") != extensions.end()) word += "_";
@@ -101,7 +102,7 @@ ResultFiles RunTables(const ConsensusOptions& options, ConsensusRun& run) {
   for (const MapTableFile& table : tables) run.maps.push_back(table.name);
   run.input = options.tables.front();
   for (std::size_t c = 0; c < chromosomes.size(); ++c) {
-    const std::string& extension = extensions[c + 2];
+    const std::string& extension = extensions[c + 3];
     WriteText(results, extension, CmpText(tables, chromosomes[c]));
     InputFile file = OpenInput(Unpublished(results, extension));
     file.given = stem.string() + extension;
@@ -109,6 +110,17 @@ ResultFiles RunTables(const ConsensusOptions& options, ConsensusRun& run) {
     run.warnings.push_back(chromosomes[c].name + " was left out of the consensus");
   }
   return results;
+}
+
+std::vector<std::string> ReportConsensus(const ConsensusOptions& options, const ConsensusRun& run,
+                                         const ResultFiles& results) {
+  if (!options.report.Wanted()) return {};
+  const std::vector<std::string> inputs =
+      options.tables.empty() ? std::vector<std::string>{options.file} : options.tables;
+  reports::ConsensusReport report = ConsensusPageData(run, inputs);
+  report.run.files = Waiting(results);
+  const std::vector<reports::Figure> figures = reports::ConsensusFigures(report);
+  return WriteReport(results, options.report, reports::ConsensusPage(report, figures), figures);
 }
 
 }  // namespace
@@ -120,6 +132,7 @@ CLI::App* DeclareConsensus(CLI::App& app, ConsensusOptions& options) {
                         "map tables (.map.tsv) to make CMP files from, instead of FILE");
   consensus->add_option("-o,--output", options.stem,
                         "STEM of the results [FILE or the first table, without extension]");
+  DeclareReport(*consensus, options.report);
   consensus->add_flag("--json", options.json, "print one JSON object instead of the summary");
   consensus->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON)");
   consensus->footer(kFooter);
@@ -135,7 +148,9 @@ ExitCode RunConsensus(const ConsensusOptions& options) {
   if (run.groups.empty()) return ExitCode::InputWrong;
   WriteText(results, kTable, ConsensusTable(run));
   WriteText(results, kLog, ConsensusLog(run));
+  std::vector<std::string> report = ReportConsensus(options, run, results);
   run.written = Publish(results);
+  run.written.insert(run.written.end(), report.begin(), report.end());
   if (!options.quiet) {
     for (const std::string& warning : run.warnings) std::cerr << "tessarmont: warning: " << warning << '\n';
   }

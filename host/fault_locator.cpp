@@ -21,11 +21,23 @@ constexpr auto kMarkerRows = static_cast<std::size_t>(Section::Markers);
 constexpr auto kBreedingRows = static_cast<std::size_t>(Section::Breeding);
 constexpr std::string_view kUnmatched = "MarkerType are not matched!";
 
-// A row that is of no category gives no genotype at all or mixes classes that exclude each other.
-constexpr std::string_view kCategoryWords = "impossible Marker Category";
-constexpr std::string_view kCategoryHint =
-    "the marker has no genotype that this population can show, or mixes D or R with genotypes that exclude "
-    "them";
+// What is to be said of reports whose rows have the right count of words.
+struct HintRow {
+  std::string_view words, hint;
+};
+constexpr HintRow kHints[] = {
+    {"impossible Marker Category",
+     "the marker has no genotype that this population can show, or mixes D or R with genotypes that exclude "
+     "them"},
+    {"Marker category out of range",
+     "the categories of a clonal F1 are ABCD, A=B, C=D and AB=CD, those of a double cross ABCD, A=B, C=D, "
+     "A=CB=D and A=DB=C"},
+    {"marker type of the parents",
+     "in front of the name stands a letter a parent, four letters A to D or eight A to H; parents with the "
+     "same allele have the same letter"},
+    {"non-polymor", "the marker shows one genotype only, or one that its category does not have"},
+    {"illeagal marker", "a genotype of this row is none of the marker's category or population"},
+};
 
 // The kinds of file by the count of numbers that their header holds.
 struct HeaderRow {
@@ -184,7 +196,9 @@ void PlaceFault(const FileLayout& layout, const std::vector<std::string_view>& l
   } else {
     PlaceDetail(layout, lines, {}, fault);
   }
-  if (fault.hint.empty() && report.find(kCategoryWords) != std::string::npos) fault.hint = kCategoryHint;
+  for (const HintRow& row : kHints) {
+    if (fault.hint.empty() && report.find(row.words) != std::string::npos) fault.hint = row.hint;
+  }
   if (const std::string other = OtherKindHint(layout, module); !other.empty()) fault.hint = other;
 }
 

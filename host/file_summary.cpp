@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "host/file_walk.h"
-#include "host/populations.h"
+#include "host/marker_data.h"
 #include "host/text.h"
 
 namespace host {
@@ -26,13 +26,10 @@ void Add(std::string& sentence, const std::string& part) {
   sentence += (sentence.empty() ? "" : ", ") + part;
 }
 
-// CDQ and PLQ number their populations by tables of their own.
+// CDQ and PLQ number their populations as CDM and PLM do.
 std::string_view PopulationOf(std::string_view module, int64_t type) {
-  constexpr std::string_view clonal[] = {"clonal F1", "double cross"};
-  constexpr std::string_view parents[] = {"4PDH", "4PRIL", "8PDH", "8PRIL"};
-  if (module == "CDQ") return type >= 1 && type <= 2 ? clonal[type - 1] : "unknown";
-  if (module == "PLQ") return type >= 1 && type <= 4 ? parents[type - 1] : "unknown";
-  return type >= 1 && type <= 20 ? kPopulations[type - 1].name : "unknown";
+  if (module == "CDQ") return PopulationWords(TableKind::Cdm, type);
+  return PopulationWords(module == "PLQ" ? TableKind::Plm : TableKind::Map, type);
 }
 
 std::vector<std::string> RowNames(const FileLayout& layout) {

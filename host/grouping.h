@@ -17,11 +17,25 @@ struct MarkerGroup {
   std::vector<int32_t> markers;  // running numbers from 1, ascending
 };
 
+// A link that joins two groups.
+struct Join {
+  int32_t first, second;  // running numbers from 1, first below second
+  float lod;
+};
+
+// The links that join groups when the strongest come first (highest LOD, then lowest frequency, then file
+// order), down to thresholds.minLod. Markers with the same anchor number above 0 are one group from the start,
+// and a link that would join two different anchor groups is passed over.
+std::vector<Join> JoinMarkers(std::span<const int32_t> anchors, std::span<const float> rec,
+                              std::span<const float> lod, const LinkThresholds& thresholds);
+
+// The groups that the joins with a LOD of at least minLod make, in the order of their first marker.
+std::vector<MarkerGroup> GroupsAt(std::span<const int32_t> anchors, std::span<const Join> joins,
+                                  float minLod);
+
 // Groups of markers, a partition of 1..n, in the order of their first marker.
 //
-// Markers with the same anchor number above 0 are one group, linked or not. The links then join groups, the
-// strongest first (highest LOD, then lowest frequency, then file order), and a link that would join two
-// different anchor groups is passed over. Without anchors these are the connected components of the links.
+// JoinMarkers, then GroupsAt. Without anchors these are the connected components of the links.
 std::vector<MarkerGroup> GroupMarkers(std::span<const int32_t> anchors, std::span<const float> rec,
                                       std::span<const float> lod, const LinkThresholds& thresholds);
 

@@ -30,11 +30,11 @@ constexpr ForeignRow kForeign[] = {
     {"\xff\xfe", "text in UTF-16; save it as plain text (UTF-8 or ASCII)"},
     {"\xfe\xff", "text in UTF-16; save it as plain text (UTF-8 or ASCII)"},
     {"\xef\xbb\xbf", "text with a byte order mark; save it as UTF-8 without one"},
-    {"##fileformat=VCF", "a VCF file"},
+    {"##fileformat=VCF", "a VCF file; \"tessarmont import vcf\" reads it"},
     {"<", "an HTML or XML document"},
     {"{", "a JSON document"},
-    {"data type ", "a Mapmaker or OneMap file"},
-    {"population_type", "an MSTmap file"},
+    {"data type ", "a Mapmaker or OneMap file; \"tessarmont import raw\" reads it"},
+    {"population_type", "an MSTmap file; \"tessarmont import mstmap\" reads it"},
 };
 
 [[noreturn]] void FailOnFile(const std::filesystem::path& path, const std::string& why) {

@@ -17,8 +17,8 @@ struct ModuleRow {
 inline constexpr ModuleRow kModules[] = {
     {"MAP", ".map", "markers of a bi-parental population", true},
     {"BIN", ".bin", "markers for binning", true},
-    {"CDM", ".cdm", "markers of a clonal F1 or double cross", false},
-    {"PLM", ".plm", "markers of a multi-parent population", false},
+    {"CDM", ".cdm", "markers of a clonal F1 or double cross", true},
+    {"PLM", ".plm", "markers of a multi-parent population", true},
     {"CMP", ".cmp", "maps for a consensus", true},
     {"BIP", ".bip", "map, markers and traits of a bi-parental population", true},
     {"MET", ".met", "map, markers and traits in several environments", true},

@@ -2,26 +2,37 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
+#include <span>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "frame/exports.h"
+#include "host/bridged_distance.h"
+#include "host/clonal_map.h"
 #include "host/exit_code.h"
-#include "host/input_file.h"
 #include "host/isolated_call.h"
 #include "host/progress.h"
-#include "host/text.h"
 
 namespace host {
 namespace {
 
-constexpr std::size_t kNameLength = 35;
-
+// Pair distances of a group in the order of its markers, those that no line tells bridged.
 std::vector<float> SubTable(const MapData& data, const std::vector<int32_t>& markers) {
   std::vector<float> table;
   table.reserve(markers.size() * (markers.size() - 1) / 2);
+  std::vector<std::vector<float>> linked(markers.size());  // made where it is needed
+  const auto linkedTo = [&](std::size_t i) -> const std::vector<float>& {
+    if (linked[i].empty()) linked[i] = LinkedDistances(data, markers, markers[i]);
+    return linked[i];
+  };
   for (std::size_t i = 1; i < markers.size(); ++i) {
-    for (std::size_t j = 0; j < i; ++j) table.push_back(data.distance[PairPlace(markers[i], markers[j])]);
+    for (std::size_t j = 0; j < i; ++j) {
+      const std::size_t pair = PairPlace(markers[i], markers[j]);
+      table.push_back(NeedsBridge(data, pair) ? AgreedDistance(linkedTo(j), linkedTo(i))
+                                              : data.distance[pair]);
+    }
   }
   return table;
 }
@@ -58,7 +69,7 @@ void OrderOne(const MapData& data, const Arranged& group, int32_t* order) {
   MAPBYANCHORORDER(&n, table.data(), order);
 }
 
-std::vector<int32_t> Renumbered(const Arranged& group, const int32_t* order) {
+std::vector<int32_t> Renumbered(const Arranged& group, std::span<const int32_t> order) {
   std::vector<int32_t> markers;
   std::vector<bool> seen(group.markers.size(), false);
   for (std::size_t i = 0; i < group.markers.size(); ++i) {
@@ -72,6 +83,64 @@ std::vector<int32_t> Renumbered(const Arranged& group, const int32_t* order) {
   return markers;
 }
 
+struct OrderTask {
+  Arranged group;
+  SharedArray<int32_t> order;
+  std::unique_ptr<IsolatedCall> call;  // while it runs
+};
+
+void Start(const MapData& data, OrderTask& task) {
+  task.call = std::make_unique<IsolatedCall>();
+  if (EnterChild(*task.call)) {
+    OrderOne(data, task.group, task.order.data());
+    LeaveChild(*task.call);
+  }
+}
+
+// Largest groups first, so that the last process does not work alone for long.
+void RunTasks(const MapData& data, std::vector<OrderTask>& tasks, const OrderPlan& plan, int32_t markers) {
+  std::vector<OrderTask*> waiting, running;
+  for (OrderTask& task : tasks) waiting.push_back(&task);
+  std::stable_sort(waiting.begin(), waiting.end(), [](const OrderTask* a, const OrderTask* b) {
+    return a->group.markers.size() < b->group.markers.size();
+  });
+  ProgressLine progress("ordering, markers", plan.quiet);
+  std::size_t done = 0;
+  while (!waiting.empty() || !running.empty()) {
+    while (!waiting.empty() && running.size() < static_cast<std::size_t>(std::max(plan.jobs, 1))) {
+      Start(data, *waiting.back());
+      running.push_back(waiting.back());
+      waiting.pop_back();
+    }
+    std::erase_if(running, [&](OrderTask* task) {
+      if (StillRunning(*task->call)) return false;
+      AwaitChild(*task->call);
+      task->call.reset();
+      done += task->group.markers.size();
+      return true;
+    });
+    progress.Update(static_cast<double>(done), markers);
+  }
+}
+
+// The others get the numbers that no group's own name has.
+void NameGroups(LinkageMap& map, const OrderPlan& plan) {
+  std::unordered_set<std::string> used;
+  for (LinkageGroup& group : map.groups) {
+    if (group.anchor == 0) continue;
+    const auto named = plan.groupNames.find(group.anchor);
+    group.name = named == plan.groupNames.end() ? "G" + std::to_string(group.anchor) : named->second;
+    used.insert(group.name);
+  }
+  int number = 0;
+  for (LinkageGroup& group : map.groups) {
+    while (group.name.empty()) {
+      std::string name = "LG" + std::to_string(++number);
+      if (used.insert(name).second) group.name = std::move(name);
+    }
+  }
+}
+
 bool LongerFirst(const LinkageGroup& a, const LinkageGroup& b) {
   if (a.length != b.length) return a.length > b.length;
   if (a.places.size() != b.places.size()) return a.places.size() > b.places.size();
@@ -80,64 +149,22 @@ bool LongerFirst(const LinkageGroup& a, const LinkageGroup& b) {
 
 }  // namespace
 
-std::vector<int32_t> ReadFrame(const std::filesystem::path& path, const MapData& data) {
-  const InputFile file = OpenInput(path);
-  const std::string text = ReadWhole(file.absolute);
-  std::unordered_map<std::string_view, int32_t> numbers;
-  for (int32_t m = 1; m <= data.numMarkers; ++m) numbers.emplace(data.Name(m), m);
-  std::vector<int32_t> frame;
-  std::unordered_map<int32_t, std::size_t> lineOf;
-  std::size_t lineNumber = 0;
-  for (std::string_view line : Lines(text)) {
-    ++lineNumber;
-    if (line.starts_with('!')) continue;
-    line = WithoutTrailing(line, " \t");
-    line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-    if (line.empty()) continue;
-    const auto found = numbers.find(WithoutTrailing(line.substr(0, kNameLength), " "));
-    const std::string where = path.string() + ", line " + std::to_string(lineNumber) + ": ";
-    if (found == numbers.end()) {
-      throw Failure{ExitCode::InputWrong, where + "no marker is named \"" + std::string(line) + "\""};
-    }
-    const auto [earlier, isNew] = lineOf.emplace(found->second, lineNumber);
-    if (!isNew) {
-      throw Failure{ExitCode::InputWrong, where + "\"" + std::string(line) + "\" stands already on line " +
-                                              std::to_string(earlier->second)};
-    }
-    frame.push_back(found->second);
-  }
-  return frame;
-}
-
 std::vector<std::vector<int32_t>> OrderGroups(const MapData& data, const std::vector<MarkerGroup>& groups,
-                                              const std::vector<int32_t>& frame, bool quiet) {
+                                              const OrderPlan& plan) {
   std::unordered_map<int32_t, std::size_t> placeInFrame;
-  for (std::size_t i = 0; i < frame.size(); ++i) placeInFrame.emplace(frame[i], i);
-  std::vector<Arranged> arranged;
-  arranged.reserve(groups.size());
-  for (const MarkerGroup& group : groups) arranged.push_back(Arrange(group, placeInFrame));
-
-  SharedArray<int32_t> order(static_cast<std::size_t>(data.numMarkers)), done(1);
-  IsolatedCall call;
-  if (EnterChild(call)) {
-    std::size_t at = 0;
-    for (const Arranged& group : arranged) {
-      OrderOne(data, group, order.data() + at);
-      at += group.markers.size();
-      done[0] += static_cast<int32_t>(group.markers.size());
-    }
-    LeaveChild(call);
+  for (std::size_t i = 0; i < plan.frame.size(); ++i) placeInFrame.emplace(plan.frame[i], i);
+  std::vector<OrderTask> tasks;
+  int32_t markers = 0;
+  for (const MarkerGroup& group : groups) {
+    Arranged arranged = Arrange(group, placeInFrame);
+    SharedArray<int32_t> order(arranged.markers.size());
+    tasks.push_back({std::move(arranged), std::move(order), nullptr});
+    markers += static_cast<int32_t>(group.markers.size());
   }
-  ProgressLine progress("ordering", quiet);
-  while (progress.Shown() && StillRunning(call)) progress.Update(done[0], data.numMarkers);
-  AwaitChild(call);
-
+  RunTasks(data, tasks, plan, markers);
   std::vector<std::vector<int32_t>> orders;
-  const int32_t* at = order.data();
-  for (const Arranged& group : arranged) {
-    orders.push_back(Renumbered(group, at));
-    at += group.markers.size();
-  }
+  orders.reserve(tasks.size());
+  for (const OrderTask& task : tasks) orders.push_back(Renumbered(task.group, task.order.view()));
   return orders;
 }
 
@@ -162,6 +189,11 @@ LinkageGroup PlaceMarkers(const MapData& data, const std::vector<int32_t>& order
     if (i > 0) {
       const std::size_t pair = PairPlace(order[i - 1], order[i]);
       place.interval = data.distance[pair];
+      if (NeedsBridge(data, pair)) {
+        const std::vector<float> before = LinkedDistances(data, order, order[i - 1]);
+        place.interval = AgreedDistance(before, LinkedDistances(data, order, order[i]));
+        place.bridged = place.interval < kUnlinkedDistance;
+      }
       place.rec = data.rec[pair];
       place.lod = data.lod[pair];
       position += place.interval;
@@ -175,11 +207,12 @@ LinkageGroup PlaceMarkers(const MapData& data, const std::vector<int32_t>& order
     }
     group.places.push_back(place);
   }
+  if (data.kind == TableKind::Cdm) PlaceOnParents(data, group);
   return group;
 }
 
 LinkageMap BuildMap(const MapData& data, const std::vector<MarkerGroup>& groups, int32_t minGroup,
-                    const std::vector<int32_t>& frame, bool quiet) {
+                    const OrderPlan& plan) {
   LinkageMap map;
   std::vector<MarkerGroup> kept;
   for (const MarkerGroup& group : groups) {
@@ -191,18 +224,16 @@ LinkageMap BuildMap(const MapData& data, const std::vector<MarkerGroup>& groups,
   }
   std::sort(map.unlinked.begin(), map.unlinked.end());
   if (kept.empty()) return map;
-  std::vector<std::vector<int32_t>> orders = OrderGroups(data, kept, frame, quiet);
+  std::vector<std::vector<int32_t>> orders;
+  for (const MarkerGroup& group : kept) orders.push_back(group.markers);
+  if (!plan.keepFileOrder) orders = OrderGroups(data, kept, plan);
   for (std::size_t g = 0; g < kept.size(); ++g) {
-    Orient(orders[g], frame);
+    if (!plan.keepFileOrder) Orient(orders[g], plan.frame);
     map.groups.push_back(PlaceMarkers(data, orders[g]));
     map.groups.back().anchor = kept[g].anchor;
   }
   std::sort(map.groups.begin(), map.groups.end(), LongerFirst);
-  int unanchored = 0;
-  for (LinkageGroup& group : map.groups) {
-    group.name = group.anchor > 0 ? "G" : "LG";
-    group.name += std::to_string(group.anchor > 0 ? group.anchor : ++unanchored);
-  }
+  NameGroups(map, plan);
   return map;
 }
 

@@ -1,8 +1,10 @@
 #include "host/map_report.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
+#include <numeric>
 
+#include "host/clonal_map.h"
+#include "host/map_tables.h"
 #include "host/populations.h"
 #include "host/text.h"
 
@@ -11,23 +13,74 @@ namespace {
 
 constexpr float kDistorted = 0.01F;
 constexpr std::size_t kUnlinkedShown = 20;  // names in the summary; the table has them all
-constexpr std::string_view kTableHeading =
-    "group\tmarker\tposition\tinterval\trec\tlod\tsegregation_p\tmissing\n";
 
-// A name may hold a tab when it was quoted in the file.
-std::string TableText(std::string text) {
-  std::replace(text.begin(), text.end(), '\t', ' ');
+// Columns of the table by the kind of file, behind group and marker.
+constexpr std::string_view kHeading = "group\tmarker\tposition\tinterval\trec\tlod\tsegregation_p\tmissing";
+constexpr std::string_view kKindHeadings[] = {
+    "",
+    "\tcategory\tfemale_position\tmale_position\tfemale_phase\tmale_phase",
+    "\tpattern",
+};
+constexpr std::string_view kBinHeading = "\tbin\tothers";
+
+std::string Statistics(const std::string& p, double missing) { return '\t' + p + '\t' + Fixed(missing, 4); }
+
+std::string StatisticsOf(const MapData& data, int32_t marker) {
+  const bool tested = data.Tested(marker);
+  return Statistics(tested ? Significant(Plain(data.SegregationP(marker))) : "", data.MissingShare(marker));
+}
+
+std::string PhaseWord(const ParentalPlace& place, std::size_t parent) {
+  constexpr std::string_view words[][2] = {{"AB", "BA"}, {"CD", "DC"}};
+  if (!place.onMap || place.phase == 0) return {};
+  return std::string(words[parent][place.phase > 0 ? 0 : 1]);
+}
+
+// `place`: null for an unlinked marker.
+std::string KindColumns(const MapData& data, int32_t marker, const MapPlace* place) {
+  if (data.kind == TableKind::Map) return {};
+  std::string text = '\t' + CategoryText(data, marker);
+  if (data.kind == TableKind::Plm) return text;
+  for (std::size_t parent = 0; parent < 2; ++parent) {
+    text += '\t';
+    if (place != nullptr && place->parent[parent].onMap) text += Fixed(place->parent[parent].position, 4);
+  }
+  for (std::size_t parent = 0; parent < 2; ++parent) {
+    text += '\t';
+    if (place != nullptr) text += PhaseWord(place->parent[parent], parent);
+  }
   return text;
 }
 
-std::string MarkerColumns(const MapData& data, int32_t marker) {
-  const std::string p = data.Tested(marker) ? Significant(Plain(data.SegregationP(marker))) : "";
-  return "\t" + p + "\t" + Fixed(data.MissingShare(marker), 4) + "\n";
+// The lines of a marker and of those in its bin.
+struct TableRow {
+  std::string group, ahead;  // ahead: position to LOD
+  int32_t marker = 0;
+  const MapPlace* place = nullptr;
+};
+
+using Bins = std::vector<std::vector<const BinnedMarker*>>;
+
+std::string RowText(const MapRun& run, const Bins& bins, const TableRow& row) {
+  const MapData& data = run.data;
+  const std::string name = TableCell(data.Name(row.marker)), kind = KindColumns(data, row.marker, row.place);
+  std::string text = row.group + '\t' + name + row.ahead + StatisticsOf(data, row.marker) + kind;
+  if (!run.cleaning.rules.bin) return text + '\n';
+  const auto& bin = bins[static_cast<std::size_t>(row.marker - 1)];
+  std::string others;
+  for (const BinnedMarker* binned : bin) others += (others.empty() ? "" : ";") + TableCell(binned->name);
+  text += '\t' + (bin.empty() ? "" : name) + '\t' + others + '\n';
+  for (const BinnedMarker* binned : bin) {
+    const std::string p = binned->segregationP ? Significant(Plain(*binned->segregationP)) : "";
+    const std::string place =
+        row.place == nullptr ? "\t\t\t\t" : '\t' + Fixed(row.place->position, 4) + "\t0.0000\t\t";
+    text += row.group + '\t' + TableCell(binned->name) + place + Statistics(p, binned->missing) + kind +
+            '\t' + name + "\t\n";
+  }
+  return text;
 }
 
 std::string Centimorgans(double length) { return Fixed(length, 1) + " cM"; }
-
-std::string SpaceName(int32_t type) { return type == 1 ? "intervals" : "positions"; }
 
 std::string UnlinkedNames(const MapRun& run) {
   std::string names;
@@ -38,40 +91,59 @@ std::string UnlinkedNames(const MapRun& run) {
 }
 
 std::string GroupTable(const MapRun& run) {
-  std::string text = "group     markers        cM  first and last marker\n";
+  const bool clonal = run.data.kind == TableKind::Cdm;
+  std::size_t width = 9;
+  for (const LinkageGroup& group : run.map.groups) width = std::max(width, group.name.size() + 1);
+  std::string text = Padded("group", width) + " markers        cM";
+  text += clonal ? "  female    male  first and last marker\n" : "  first and last marker\n";
   for (const LinkageGroup& group : run.map.groups) {
-    text += Padded(group.name, 9) + RightAligned(std::to_string(group.places.size()), 8) +
-            RightAligned(Fixed(group.length, 1), 10) + "  " + run.data.Name(group.places.front().marker) +
-            ", " + run.data.Name(group.places.back().marker);
+    text += Padded(group.name, width) + RightAligned(std::to_string(group.places.size()), 8) +
+            RightAligned(Fixed(group.length, 1), 10);
+    for (std::size_t parent = 0; clonal && parent < 2; ++parent) {
+      text += RightAligned(Fixed(ParentLength(group, parent), 1), 8);
+    }
+    text +=
+        "  " + run.data.Name(group.places.front().marker) + ", " + run.data.Name(group.places.back().marker);
     if (group.gaps > 0) text += " (" + Counted(group.gaps, "gap") + ")";
     text += '\n';
   }
   return text;
 }
 
-nlohmann::json PlaceJson(const MapData& data, const MapPlace& place, bool first) {
-  nlohmann::json json{{"marker", data.Name(place.marker)},
-                      {"number", place.marker},
-                      {"position", Plain(place.position)},
-                      {"interval", Plain(place.interval)},
-                      {"missing", data.MissingShare(place.marker)}};
-  json["rec"] = first ? nlohmann::json() : nlohmann::json(Plain(place.rec));
-  json["lod"] = first ? nlohmann::json() : nlohmann::json(Plain(place.lod));
-  json["segregation_p"] =
-      data.Tested(place.marker) ? nlohmann::json(Plain(data.SegregationP(place.marker))) : nlohmann::json();
-  return json;
+// Where the markers came from and what was left out.
+std::string InputText(const MapRun& run) {
+  const MapData& data = run.data;
+  std::string text = run.input + ": " + Counted(data.numMarkers, "marker") + " x " +
+                     Counted(data.populationSize, "line") + ", population " +
+                     std::to_string(data.populationType) + " (" +
+                     std::string(PopulationWords(data.kind, data.populationType)) + "), " +
+                     std::string(MapFunctionName(data.mappingFunction)) + " distances\n";
+  if (run.cleaning.rules.Any()) text += CleaningText(run.cleaning);
+  text += "missing genotypes " + Fixed(100 * MissingShare(data), 1) +
+          " %, distorted segregation (p < 0.01) at " + Counted(DistortedMarkers(data), "marker") + "\n";
+  text += "linked at LOD >= " + Significant(Plain(run.thresholds.minLod)) +
+          " and recombination <= " + Significant(Plain(run.thresholds.maxRec)) + "\n";
+  return run.cut.empty() ? text : text + run.cut + "\n";
 }
 
-nlohmann::json GroupJson(const MapData& data, const LinkageGroup& group) {
-  nlohmann::json json{{"name", group.name},
-                      {"anchor", group.anchor},
-                      {"length", group.length},
-                      {"gaps", group.gaps},
-                      {"markers", nlohmann::json::array()}};
-  for (const MapPlace& place : group.places) {
-    json["markers"].push_back(PlaceJson(data, place, &place == &group.places.front()));
+int BridgedPlaces(const LinkageGroup& group) {
+  return static_cast<int>(std::count_if(group.places.begin(), group.places.end(),
+                                        [](const MapPlace& place) { return place.bridged; }));
+}
+
+void WarnOfGroup(const LinkageGroup& group, std::vector<std::string>& warnings) {
+  if (group.repulsions > 0) {
+    warnings.push_back(
+        group.name + ": " + Counted(group.repulsions, "pair") +
+        " of neighbours in repulsion (frequency above 0.5); the parents' codes of some markers "
+        "seem to be swapped");
   }
-  return json;
+  if (group.gaps > 0) {
+    warnings.push_back(
+        group.name + ": " + Counted(group.gaps, "pair") +
+        " of neighbours without linkage; each stands as 1000 cM in the files and is left out of "
+        "the length");
+  }
 }
 
 }  // namespace
@@ -90,40 +162,36 @@ double MissingShare(const MapData& data) {
   return data.numMarkers > 0 ? sum / data.numMarkers : 0;
 }
 
-std::string MapTable(const MapData& data, const LinkageMap& map) {
-  std::string text(kTableHeading);
-  for (const LinkageGroup& group : map.groups) {
+std::string MapTable(const MapRun& run) {
+  std::string text(kHeading);
+  text += kKindHeadings[static_cast<std::size_t>(run.data.kind)];
+  if (run.cleaning.rules.bin) text += kBinHeading;
+  text += '\n';
+  const Bins bins = BinMembers(run.cleaning);
+  for (const LinkageGroup& group : run.map.groups) {
     for (const MapPlace& place : group.places) {
-      text += group.name + '\t' + TableText(data.Name(place.marker)) + '\t' + Fixed(place.position, 4) +
-              '\t' + Fixed(place.interval, 4) + '\t';
-      if (&place != &group.places.front())
-        text += Fixed(place.rec, 5) + '\t' + Fixed(place.lod, 3);
-      else
-        text += '\t';
-      text += MarkerColumns(data, place.marker);
+      std::string ahead = '\t' + Fixed(place.position, 4) + '\t' + Fixed(place.interval, 4) + '\t';
+      const bool told = &place != &group.places.front() && !place.bridged;
+      ahead += told ? Fixed(place.rec, 5) + '\t' + Fixed(place.lod, 3) : "\t";
+      text += RowText(run, bins, {group.name, ahead, place.marker, &place});
     }
   }
-  for (int32_t marker : map.unlinked) {
-    text += "unlinked\t" + TableText(data.Name(marker)) + "\t\t\t\t" + MarkerColumns(data, marker);
-  }
+  for (int32_t marker : run.map.unlinked)
+    text += RowText(run, bins, {"unlinked", "\t\t\t\t", marker, nullptr});
   return text;
 }
 
 std::vector<std::string> MapWarnings(const MapData& data, const LinkageMap& map) {
   std::vector<std::string> warnings;
+  int bridged = 0;
   for (const LinkageGroup& group : map.groups) {
-    if (group.repulsions > 0) {
-      warnings.push_back(
-          group.name + ": " + Counted(group.repulsions, "pair") +
-          " of neighbours in repulsion (frequency above 0.5); the parents' codes of some markers "
-          "seem to be swapped");
-    }
-    if (group.gaps > 0) {
-      warnings.push_back(
-          group.name + ": " + Counted(group.gaps, "pair") +
-          " of neighbours without linkage; each stands as 1000 cM in the files and is left out of "
-          "the length");
-    }
+    WarnOfGroup(group, warnings);
+    bridged += BridgedPlaces(group);
+  }
+  if (bridged > 0) {
+    warnings.push_back(Counted(bridged, "pair") +
+                       " of neighbours that no line compares; their intervals follow from the markers that "
+                       "both are linked to");
   }
   int32_t untested = 0;
   for (int32_t m = 1; m <= data.numMarkers; ++m) untested += data.Tested(m) ? 0 : 1;
@@ -132,52 +200,33 @@ std::vector<std::string> MapWarnings(const MapData& data, const LinkageMap& map)
 }
 
 std::string MapSummary(const MapRun& run) {
-  const MapData& data = run.data;
   double length = 0;
   std::size_t placed = 0;
   for (const LinkageGroup& group : run.map.groups) {
     length += group.length;
     placed += group.places.size();
   }
-  std::string text = run.input + ": " + Counted(data.numMarkers, "marker") + " x " +
-                     Counted(data.populationSize, "line") + ", population " +
-                     std::to_string(data.populationType) + " (" + PopulationName(data.populationType) +
-                     "), " + std::string(MapFunctionName(data.mappingFunction)) + " distances\n";
-  text += "missing genotypes " + Fixed(100 * MissingShare(data), 1) +
-          " %, distorted segregation (p < 0.01) at " + Counted(DistortedMarkers(data), "marker") + "\n";
-  text += "linked at LOD >= " + Significant(Plain(run.thresholds.minLod)) +
-          " and recombination <= " + Significant(Plain(run.thresholds.maxRec)) + "\n\n" + GroupTable(run) +
-          "\n";
+  std::string text = InputText(run) + '\n' + GroupTable(run) + '\n';
   text += Counted(static_cast<int64_t>(run.map.groups.size()), "group") + ", " +
           Counted(static_cast<int64_t>(placed), "marker") + ", " + Centimorgans(length) + "; " +
           std::to_string(run.map.unlinked.size()) + " unlinked" + UnlinkedNames(run) + "\n";
-  text += "written (" + SpaceName(data.markerSpaceType) + "):";
+  const bool intervals = run.data.kind == TableKind::Map && run.data.markerSpaceType == 1;
+  text += std::string("written (") + (intervals ? "intervals" : "positions") + "):";
   for (const std::string& file : run.written) text += " " + file;
   return text + "\n";
 }
 
-std::string MapJson(const MapRun& run) {
-  const MapData& data = run.data;
-  nlohmann::json json{
-      {"format", "tessarmont.map/1"},
-      {"input", run.input},
-      {"markers", data.numMarkers},
-      {"lines", data.populationSize},
-      {"population", {{"number", data.populationType}, {"name", PopulationName(data.populationType)}}},
-      {"map_function", MapFunctionName(data.mappingFunction)},
-      {"marker_space", SpaceName(data.markerSpaceType)},
-      {"lod", Plain(run.thresholds.minLod)},
-      {"max_rec", Plain(run.thresholds.maxRec)},
-      {"min_group", run.minGroup},
-      {"missing", MissingShare(data)},
-      {"distorted", DistortedMarkers(data)},
-      {"groups", nlohmann::json::array()},
-      {"unlinked", nlohmann::json::array()},
-      {"warnings", run.warnings},
-      {"files", run.written}};
-  for (const LinkageGroup& group : run.map.groups) json["groups"].push_back(GroupJson(data, group));
-  for (int32_t marker : run.map.unlinked) json["unlinked"].push_back(data.Name(marker));
-  return json.dump(1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+std::string SweepTable(const MapRun& run) {
+  std::string text = "lod\tgroups\tmarkers\tunlinked\tsizes\n";
+  for (const SweepRow& row : run.sweep) {
+    std::vector<int32_t> sizes = LargeSizes(row, run.minGroup);
+    const int32_t markers = std::accumulate(sizes.begin(), sizes.end(), 0);
+    text += Significant(Plain(row.lod)) + '\t' + std::to_string(sizes.size()) + '\t' +
+            std::to_string(markers) + '\t' + std::to_string(run.data.numMarkers - markers) + '\t';
+    for (std::size_t i = 0; i < sizes.size(); ++i) text += (i > 0 ? "," : "") + std::to_string(sizes[i]);
+    text += '\n';
+  }
+  return text;
 }
 
 }  // namespace host

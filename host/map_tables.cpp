@@ -106,6 +106,11 @@ std::vector<Overlap> Overlaps(const MapTableFile& table,
 
 }  // namespace
 
+std::string TableCell(std::string text) {
+  std::replace(text.begin(), text.end(), '\t', ' ');
+  return text;
+}
+
 MapTableFile ReadMapTable(const std::filesystem::path& path) {
   const InputFile file = OpenInput(path);
   const std::string text = ReadWhole(file.absolute);
@@ -120,7 +125,10 @@ MapTableFile ReadMapTable(const std::filesystem::path& path) {
     const std::vector<std::string_view> columns = Columns(lines[i]);
     if (columns.size() <= std::max({at.group, at.marker, at.position}))
       FailAt(path, i + 1, "a column is missing");
-    if (columns[at.group] == kUnlinked) continue;
+    if (columns[at.group] == kUnlinked) {
+      table.unlinked.emplace_back(columns[at.marker]);
+      continue;
+    }
     TableMarker marker = MarkerAt(path, i + 1, columns[at.marker], columns[at.position]);
     if (!seen.insert(marker.name).second) FailAt(path, i + 1, "marker " + marker.name + " stands twice");
     GroupNamed(table, columns[at.group]).markers.push_back(std::move(marker));

@@ -20,10 +20,14 @@ struct TableGroup {
 struct MapTableFile {
   std::string name;  // of the file, without its extensions
   std::vector<TableGroup> groups;
+  std::vector<std::string> unlinked{};  // names
 };
-// Unlinked markers are left out. Failure InputWrong: a column is missing, a position is no number, a marker
+// Failure InputWrong: a column is missing, a position is no number, a marker
 // stands twice.
 MapTableFile ReadMapTable(const std::filesystem::path& path);
+
+// A name as a cell of a table: one may hold a tab when it was quoted in its file.
+std::string TableCell(std::string text);
 
 // The groups of several tables that are one chromosome: at most one of each table.
 struct Chromosome {

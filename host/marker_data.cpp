@@ -10,6 +10,7 @@
 #include "host/exit_code.h"
 #include "host/file_walk.h"
 #include "host/isolated_call.h"
+#include "host/populations.h"
 #include "host/progress.h"
 #include "host/text.h"
 
@@ -21,6 +22,22 @@ constexpr int32_t kStatusWrong = 100;
 constexpr int32_t kLargeMarkers = 2000;          // from here on the size is told before the start
 constexpr std::size_t kHeaderBytes = 1U << 20U;  // header and its remarks lie within the first MB
 constexpr double kRoom = 64e6;                   // bytes for tables and code beyond the arrays
+
+constexpr std::string_view kMapGenotypes[] = {"A", "H", "B"};  // D counts as A, R as B
+constexpr std::string_view kClonalPopulations[] = {"clonal F1", "double cross"};
+constexpr std::string_view kMultiParentPopulations[] = {"4PDH", "4PRIL", "8PDH", "8PRIL"};
+
+struct KindRow {
+  void (*preRead)(const int32_t*, const char*, int32_t*, int32_t*) noexcept;
+  int numbersPerPair;
+};
+constexpr KindRow kKinds[] = {
+    // in the order of TableKind
+    {MAPFINDNUMMARKERS, 4},
+    {CDMFINDNUMMARKERS, 10},
+    {PLMFINDNUMMARKERS, 4},
+};
+const KindRow& RowOf(TableKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
 
 std::size_t Elements(int32_t count) { return static_cast<std::size_t>(count); }
 std::size_t Pairs(int32_t markers) {
@@ -63,16 +80,23 @@ void TellSize(int32_t markers, double needed, bool quiet) {
             << " of memory\n";
 }
 
-void AllocateMap(int32_t markers, MapData& data) {
+void AllocateMarkers(TableKind kind, int32_t markers, MapData& data) {
+  data.kind = kind;
   data.numMarkers = markers;
-  for (auto* array : {&data.anchor, &data.countA, &data.countH, &data.countB, &data.countX, &data.category}) {
+  data.counts.clear();
+  for (std::size_t k = 0; k < GenotypesOf(kind).size(); ++k) data.counts.emplace_back(Elements(markers));
+  for (auto* array : {&data.anchor, &data.countX, &data.category}) {
     *array = SharedArray<int32_t>(Elements(markers));
   }
-  data.chi = SharedArray<float>(Elements(markers));
-  data.segregationP = SharedArray<float>(Elements(markers));
-  for (auto* array : {&data.rec, &data.lod, &data.crossovers, &data.distance}) {
-    *array = SharedArray<float>(Pairs(markers));
+  for (auto* array : {&data.chi, &data.segregationP}) *array = SharedArray<float>(Elements(markers));
+  const std::size_t pairs = Pairs(markers);
+  for (auto* array : {&data.rec, &data.lod, &data.distance}) *array = SharedArray<float>(pairs);
+  data.crossovers = SharedArray<float>(kind == TableKind::Map ? pairs : 0);
+  const std::size_t parental = kind == TableKind::Cdm ? pairs : 0;
+  for (PairTables& parent : data.parents) {
+    for (auto* array : {&parent.rec, &parent.lod, &parent.distance}) *array = SharedArray<float>(parental);
   }
+  data.phase = SharedArray<int32_t>(parental);
 }
 
 // Pairs are written in their order, so the last of these probes that holds anything tells how far it is. A
@@ -93,7 +117,8 @@ struct PreRead {
   std::vector<std::string> log;
 };
 
-PreRead FindNumMarkers(const InputFile& file, const int32_t* binCode) {
+// `binCode`: of a BIN file, else null.
+PreRead FindNumMarkers(const InputFile& file, TableKind kind, const int32_t* binCode) {
   SharedArray<int32_t> scalars(2);  // NumMarkers, Status
   const auto length = static_cast<int32_t>(file.absolute.size());
   IsolatedCall call;
@@ -101,7 +126,7 @@ PreRead FindNumMarkers(const InputFile& file, const int32_t* binCode) {
     if (binCode != nullptr) {
       BINFINDNUMMARKERS(binCode, &length, file.absolute.data(), &scalars[0], &scalars[1]);
     } else {
-      MAPFINDNUMMARKERS(&length, file.absolute.data(), &scalars[0], &scalars[1]);
+      RowOf(kind).preRead(&length, file.absolute.data(), &scalars[0], &scalars[1]);
     }
     LeaveChild(call);
   }
@@ -109,16 +134,54 @@ PreRead FindNumMarkers(const InputFile& file, const int32_t* binCode) {
   return {scalars[1] != kStatusWrong, scalars[0], std::move(outcome.log)};
 }
 
-CallOutcome CheckMap(const InputFile& file, bool quiet, MapData& data, SharedArray<int32_t>& scalars) {
-  SharedArray<int32_t> names(kNameLength * Elements(data.numMarkers));
+// In the child. `scalars`: Status, population type, mapping function, marker space type, population size.
+void CheckMap(const InputFile& file, MapData& data, SharedArray<int32_t>& scalars, int32_t* names) {
   const auto length = static_cast<int32_t>(file.absolute.size());
+  auto& n = data.counts;
+  CHECKERRORMAP(&length, file.absolute.data(), &data.numMarkers, &scalars[0], &scalars[1], &scalars[2],
+                &scalars[3], &scalars[4], names, data.anchor.data(), n[0].data(), n[1].data(), n[2].data(),
+                data.countX.data(), data.category.data(), data.chi.data(), data.segregationP.data(),
+                data.rec.data(), data.lod.data(), data.crossovers.data(), data.distance.data());
+}
+
+void CheckCdm(const InputFile& file, MapData& data, SharedArray<int32_t>& scalars, int32_t* names) {
+  const auto length = static_cast<int32_t>(file.absolute.size());
+  auto& n = data.counts;
+  auto& [ab, cd] = data.parents;
+  CHECKERRORCDM(&length, file.absolute.data(), &data.numMarkers, &scalars[0], &scalars[1], &scalars[2],
+                &scalars[3], &scalars[4], names, data.anchor.data(), n[0].data(), n[1].data(), n[2].data(),
+                n[3].data(), n[4].data(), n[5].data(), n[6].data(), n[7].data(), n[8].data(), n[9].data(),
+                n[10].data(), data.countX.data(), data.chi.data(), data.segregationP.data(),
+                data.category.data(), ab.rec.data(), cd.rec.data(), data.rec.data(), ab.lod.data(),
+                cd.lod.data(), data.lod.data(), ab.distance.data(), cd.distance.data(), data.distance.data(),
+                data.phase.data());
+}
+
+void CheckPlm(const InputFile& file, MapData& data, SharedArray<int32_t>& scalars, int32_t* names) {
+  const auto length = static_cast<int32_t>(file.absolute.size());
+  auto& n = data.counts;
+  CHECKERRORPLM(&length, file.absolute.data(), &data.numMarkers, &scalars[0], &scalars[1], &scalars[2],
+                &scalars[3], &scalars[4], names, data.anchor.data(), n[0].data(), n[1].data(), n[2].data(),
+                n[3].data(), n[4].data(), n[5].data(), n[6].data(), n[7].data(), data.countX.data(),
+                data.chi.data(), data.segregationP.data(), data.category.data(), data.rec.data(),
+                data.lod.data(), data.distance.data());
+}
+
+CallOutcome Check(const InputFile& file, bool quiet, MapData& data, SharedArray<int32_t>& scalars) {
+  SharedArray<int32_t> names(kNameLength * Elements(data.numMarkers));
   IsolatedCall call;
   if (EnterChild(call)) {
-    CHECKERRORMAP(&length, file.absolute.data(), &data.numMarkers, &scalars[0], &scalars[1], &scalars[2],
-                  &scalars[3], &scalars[4], names.data(), data.anchor.data(), data.countA.data(),
-                  data.countH.data(), data.countB.data(), data.countX.data(), data.category.data(),
-                  data.chi.data(), data.segregationP.data(), data.rec.data(), data.lod.data(),
-                  data.crossovers.data(), data.distance.data());
+    switch (data.kind) {
+      case TableKind::Map:
+        CheckMap(file, data, scalars, names.data());
+        break;
+      case TableKind::Cdm:
+        CheckCdm(file, data, scalars, names.data());
+        break;
+      case TableKind::Plm:
+        CheckPlm(file, data, scalars, names.data());
+        break;
+    }
     LeaveChild(call);
   }
   ProgressLine progress("pairs", quiet || data.rec.size() == 0);
@@ -157,9 +220,46 @@ std::vector<std::string> NarrowedNames(std::span<const int32_t> wide, std::size_
   return names;
 }
 
-double MapBytes(int32_t markers, double fileBytes, double cells) {
+std::optional<TableKind> MarkerKindOf(std::string_view module) {
+  for (const TableKind kind : {TableKind::Map, TableKind::Cdm, TableKind::Plm}) {
+    if (module == ModuleOf(kind)) return kind;
+  }
+  return std::nullopt;
+}
+
+std::span<const std::string_view> GenotypesOf(TableKind kind) {
+  if (kind == TableKind::Map) return kMapGenotypes;
+  const auto codes = CodesOf(kind);
+  return codes.first(codes.size() - 1);
+}
+
+std::string_view PopulationWords(TableKind kind, int64_t type) {
+  std::span<const std::string_view> names = kClonalPopulations;
+  if (kind == TableKind::Plm) names = kMultiParentPopulations;
+  if (kind == TableKind::Map) return type >= 1 && type <= 20 ? kPopulations[type - 1].name : "unknown";
+  const bool known = type >= 1 && type <= static_cast<int64_t>(names.size());
+  return known ? names[static_cast<std::size_t>(type - 1)] : "unknown";
+}
+
+std::string CategoryText(const MapData& data, int32_t marker) {
+  constexpr int32_t doubleCross = 2;
+  constexpr std::string_view clonal[] = {"ABCD", "A=B", "C=D", "AB=CD", "A=DB=C"};
+  const int32_t category = data.Category(marker);
+  if (data.kind == TableKind::Map) return {};
+  if (data.kind == TableKind::Plm) {
+    std::string letters = std::to_string(category);  // a digit a parent, 1 for the first allele
+    for (char& c : letters) c = static_cast<char>(c - '1' + 'A');
+    return letters;
+  }
+  if (category == 4 && data.populationType == doubleCross) return "A=CB=D";
+  return category >= 1 && category <= 5 ? std::string(clonal[category - 1]) : "";
+}
+
+double MapBytes(TableKind kind, int32_t markers, double fileBytes, double cells) {
   const double n = markers;
-  return n * (n - 1) / 2 * 4 * sizeof(float) + n * 4 * (kNameLength + 8) + cells + fileBytes + kRoom;
+  const auto perMarker = static_cast<double>(kNameLength + 5 + CodesOf(kind).size());
+  return n * (n - 1) / 2 * RowOf(kind).numbersPerPair * sizeof(float) + n * 4 * perMarker + cells +
+         fileBytes + kRoom;
 }
 
 double AvailableBytes() {
@@ -167,16 +267,16 @@ double AvailableBytes() {
   return std::min(free, NumberIn("/sys/fs/cgroup/memory.max", ""));
 }
 
-LoadResult LoadMap(const InputFile& file, bool quiet, MapData& data) {
-  PreRead before = FindNumMarkers(file, nullptr);
+LoadResult LoadMarkers(const InputFile& file, TableKind kind, bool quiet, MapData& data) {
+  PreRead before = FindNumMarkers(file, kind, nullptr);
   if (!before.good) return {false, std::move(before.log)};
   RefuseWhatCannotBeThere(file, before.markers);
-  const double needed = MapBytes(before.markers, file.bytes, DeclaredCells(file));
+  const double needed = MapBytes(kind, before.markers, file.bytes, DeclaredCells(file));
   RefuseWhatCannotFit(file, before.markers, needed);
   TellSize(before.markers, needed, quiet);
-  AllocateMap(before.markers, data);
-  SharedArray<int32_t> scalars(5);  // Status, then the four of the header
-  CallOutcome outcome = CheckMap(file, quiet, data, scalars);
+  AllocateMarkers(kind, before.markers, data);
+  SharedArray<int32_t> scalars(5);
+  CallOutcome outcome = Check(file, quiet, data, scalars);
   data.populationType = scalars[1];
   data.mappingFunction = scalars[2];
   data.markerSpaceType = scalars[3];
@@ -185,11 +285,12 @@ LoadResult LoadMap(const InputFile& file, bool quiet, MapData& data) {
 }
 
 LoadResult LoadBin(const InputFile& file, int32_t moduleCode, BinData& data) {
-  PreRead before = FindNumMarkers(file, &moduleCode);
+  PreRead before = FindNumMarkers(file, TableKind::Map, &moduleCode);
   if (!before.good) return {false, std::move(before.log)};
   RefuseWhatCannotBeThere(file, before.markers);
   const double cells = DeclaredCells(file);
-  RefuseWhatCannotFit(file, before.markers, MapBytes(1, file.bytes, cells) + before.markers * 200.0);
+  RefuseWhatCannotFit(file, before.markers,
+                      MapBytes(TableKind::Map, 1, file.bytes, cells) + before.markers * 200.0);
   data.numMarkers = before.markers;
   data.anchor = SharedArray<int32_t>(Elements(before.markers));
   data.missingPercent = SharedArray<float>(Elements(before.markers));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,3 +19,30 @@ struct SimulatedCross {
 };
 
 std::string MapFileText(const SimulatedCross& cross);
+
+// The progeny of two heterozygous parents in phases by chance, as text of a CDM project file. The categories
+// come in turn: ABCD, A=B, C=D, AB=CD of a clonal F1; with A=CB=D and A=DB=C instead of the last in coupling of
+// a double cross. The truth is kept beside it.
+struct SimulatedClonal {
+  std::vector<int> markersPerChromosome = {};
+  int lines = 200;
+  double step = 5;  // centimorgans, Haldane, both parents
+  bool doubleCross = false;
+  uint32_t seed = 3;
+};
+struct ClonalText {
+  std::string text;
+  // By marker: whether the parent's alleles stand the other way round.
+  std::map<std::string, bool> flippedAB, flippedCD;
+};
+ClonalText ClonalFileText(const SimulatedClonal& cross);
+
+// Doubled haploids of (AxB)x(CxD) as text of a PLM file; all letters differ (ABCD) at every other marker, the
+// others have two alleles (AABB, ABAB, ABBA in turn), and different ones tell nothing about each other.
+struct SimulatedParents {
+  std::vector<int> markersPerChromosome = {};
+  int lines = 200;
+  double step = 5;
+  uint32_t seed = 3;
+};
+std::string MultiParentFileText(const SimulatedParents& cross);

@@ -1,0 +1,265 @@
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "host/reports/axes.h"
+#include "host/reports/figures.h"
+#include "host/reports/shades.h"
+#include "host/reports/small_panels.h"
+#include "host/text.h"
+
+namespace reports {
+namespace {
+
+constexpr double kLeft = 66, kRight = kFigureWidth - 16;
+constexpr std::size_t kMostBoxes = 160;
+constexpr std::size_t kExactSmall = 400;  // marks of a small panel that are drawn one by one
+
+std::string NameOf(const std::string& stem, std::size_t t) { return stem + "_" + std::to_string(t + 1); }
+
+struct FiveNumbers {
+  double low, q1, median, q3, high;  // whiskers end at plots within 1.5 quartile ranges of the box
+};
+
+// Quantile between order statistics of sorted values, the lowest at 0 and the highest at 1.
+double QuantileOf(const std::vector<double>& sorted, double share) {
+  const double at = share * (static_cast<double>(sorted.size()) - 1);
+  const auto k = static_cast<std::size_t>(at);
+  const double next = sorted[std::min(k + 1, sorted.size() - 1)];
+  return sorted[k] + (at - static_cast<double>(k)) * (next - sorted[k]);
+}
+
+FiveNumbers Summarise(const std::vector<double>& sorted) {
+  FiveNumbers five{0, QuantileOf(sorted, 0.25), QuantileOf(sorted, 0.5), QuantileOf(sorted, 0.75), 0};
+  const double reach = 1.5 * (five.q3 - five.q1);
+  five.low = *std::lower_bound(sorted.begin(), sorted.end(), five.q1 - reach);
+  five.high = *(std::upper_bound(sorted.begin(), sorted.end(), five.q3 + reach) - 1);
+  return five;
+}
+
+std::vector<double> SortedFinite(const std::vector<double>& values) {
+  std::vector<double> sorted;
+  for (const double value : values) {
+    if (std::isfinite(value)) sorted.push_back(value);
+  }
+  std::sort(sorted.begin(), sorted.end());
+  return sorted;
+}
+
+void DrawBox(Drawing& drawing, const std::vector<double>& sorted, double x, double width, const Scale& y) {
+  const FiveNumbers five = Summarise(sorted);
+  const double half = width / 2;
+  const std::string whiskers = MoveTo(x, y(five.q1)) + "V" + Number(y(five.low)) + MoveTo(x, y(five.q3)) +
+                               "V" + Number(y(five.high)) + MoveTo(x - half / 2, y(five.low)) + "h" +
+                               Number(half) + MoveTo(x - half / 2, y(five.high)) + "h" + Number(half);
+  AddPath(drawing, whiskers, R"(stroke="#333" fill="none")");
+  AddRect(drawing, x - half, y(five.q3), width, std::max(0.5, y(five.q1) - y(five.q3)),
+          R"(fill="#c6dbef" stroke="#333")",
+          "median " + host::Significant(five.median) + ", quartiles " + host::Significant(five.q1) + " and " +
+              host::Significant(five.q3) + ", " + host::Counted(static_cast<int64_t>(sorted.size()), "plot"));
+  AddLine(drawing, x - half, y(five.median), x + half, y(five.median),
+          R"(stroke="#08285a" stroke-width="2")");
+  std::vector<Point> outside;
+  for (const double value : sorted) {
+    if (value < five.low || value > five.high) outside.push_back({x, y(value)});
+  }
+  AddPath(drawing, DotPath(std::move(outside)),
+          R"(stroke="#b5400a" stroke-width="3.4" stroke-linecap="round")");
+}
+
+// Names under the columns of a figure, upright when they do not fit side by side.
+double NamesHeight(const std::vector<std::string>& names, double step) {
+  double widest = 0;
+  for (const std::string& name : names) widest = std::max(widest, TextWidth(name, kSmallText));
+  return widest + 4 <= step ? 0 : std::min(widest, 110.0);
+}
+void DrawColumnName(Drawing& drawing, double x, double y, const std::string& name, bool upright) {
+  if (upright)
+    AddUpright(drawing, x + 3, y + 2, Shortened(name, kSmallText, 110), kSmallEnd);
+  else
+    AddText(drawing, x, y + 10, name, kSmallMiddle);
+}
+
+}  // namespace
+
+Figure BoxPlots(const TrialReport& report, std::size_t t) {
+  const TraitReport& trait = report.traits[t];
+  const std::size_t shown = std::min({trait.plots.size(), report.environments.size(), kMostBoxes});
+  std::vector<double> all;
+  for (std::size_t e = 0; e < shown; ++e) all.insert(all.end(), trait.plots[e].begin(), trait.plots[e].end());
+  const std::size_t plots = SortedFinite(all).size();
+  if (plots == 0) return {};
+  const Bounds bounds = Widened(BoundsOf(all), 0.05);
+  constexpr double top = 14, bottom = 290;
+  const Panel panel{{0, 1, kLeft, kRight}, {bounds.low, bounds.high, bottom, top}, "", trait.name};
+  const double step = (kRight - kLeft) / static_cast<double>(shown);
+  const double names = NamesHeight(report.environments, step);
+  Drawing drawing{kFigureWidth, bottom + 38 + names, {}};
+  DrawYAxis(drawing, panel);
+  AddLine(drawing, kLeft, bottom, kRight, bottom, kAxisStyle);
+  const std::size_t every = LabelStep(shown, kRight - kLeft, names > 0 ? kLabelPitch : step);
+  for (std::size_t e = 0; e < shown; ++e) {
+    const double x = kLeft + (static_cast<double>(e) + 0.5) * step;
+    const std::vector<double> sorted = SortedFinite(trait.plots[e]);
+    if (!sorted.empty()) DrawBox(drawing, sorted, x, std::min(44.0, step * 0.6), panel.y);
+    if (e % every != 0) continue;
+    DrawColumnName(drawing, x, bottom + 4, report.environments[e], names > 0);
+    const std::string count = "n = " + std::to_string(sorted.size());
+    if (TextWidth(count, kSmallText) + 2 <= step)
+      AddText(drawing, x, bottom + names + 28, count, kSmallMiddle);
+  }
+  return MadeFigure(
+      drawing, NameOf("boxes", t), trait.name + ": plots by environment",
+      host::Counted(static_cast<int64_t>(plots), "plot") + " in " +
+          host::Counted(static_cast<int64_t>(shown), "environment") +
+          (shown < report.environments.size()
+               ? " (the first of " + std::to_string(report.environments.size()) + ")"
+               : std::string()) +
+          ". Boxes: quartiles and median; whiskers: plots within 1.5 quartile ranges; dots: plots beyond.");
+}
+
+Figure QuantilePlots(const TrialReport& report, std::size_t t) {
+  const TraitReport& trait = report.traits[t];
+  SmallPanels panels = LayPanels(trait.quantiles.size(), 200, 170);
+  Drawing drawing{kFigureWidth, panels.height, {}};
+  std::size_t residuals = 0, drawn = 0;
+  for (std::size_t k = 0; k < panels.shown; ++k) {
+    const QuantileSet& set = trait.quantiles[k];
+    const std::size_t n = std::min(set.quantiles.size(), set.observed.size());
+    std::vector<double> both = set.quantiles;
+    both.insert(both.end(), set.observed.begin(), set.observed.end());
+    const Bounds bounds = Widened(BoundsOf(both), 0.04);
+    Panel panel = PanelAt(panels, k);
+    panel.x.low = panel.y.low = bounds.low;
+    panel.x.high = panel.y.high = bounds.high;
+    DrawYAxis(drawing, panel, 4);
+    DrawXAxis(drawing, panel, 4);
+    DrawFrame(drawing, panel);
+    AddLine(drawing, panel.x.from, panel.y.from, panel.x.to, panel.y.to,
+            R"(stroke="#a00" stroke-width=".8" stroke-dasharray="4 3")");
+    std::vector<Point> points;
+    for (std::size_t i = 0; i < n; ++i) {
+      if (std::isfinite(set.quantiles[i]) && std::isfinite(set.observed[i]))
+        points.push_back({panel.x(set.quantiles[i]), panel.y(set.observed[i])});
+    }
+    residuals += points.size();
+    drawn += points.empty() ? 0U : 1U;
+    AddPath(drawing, DotPath(std::move(points), kExactSmall),
+            R"(stroke="#1f4e79" stroke-width="2.6" stroke-linecap="round")");
+    DrawPanelTitle(drawing, panel, set.where);
+  }
+  if (drawn == 0) return {};
+  return MadeFigure(
+      drawing, NameOf("quantiles", t), trait.name + ": residuals beside normal quantiles",
+      "Residuals of the plots from their cell means (upwards) against the normal quantiles of their ranks, " +
+          host::Counted(static_cast<int64_t>(residuals), "plot") + PanelNote(panels, "environment") +
+          ". On the dashed line residuals are normal.");
+}
+
+Figure Histograms(const TrialReport& report, std::size_t t) {
+  const TraitReport& trait = report.traits[t];
+  SmallPanels panels = LayPanels(trait.histograms.size(), 200, 130);
+  Drawing drawing{kFigureWidth, panels.height, {}};
+  double values = 0;
+  for (std::size_t k = 0; k < panels.shown; ++k) {
+    const Histogram& histogram = trait.histograms[k];
+    const std::size_t n = std::min(histogram.middles.size(), histogram.counts.size());
+    if (n == 0) continue;
+    const double width =
+        n > 1 ? (histogram.middles[n - 1] - histogram.middles[0]) / static_cast<double>(n - 1) : 1;
+    Panel panel = PanelAt(panels, k);
+    panel.x.low = histogram.middles[0] - 0.5 * width;
+    panel.x.high = histogram.middles[n - 1] + 0.5 * width;
+    panel.y.high = std::max(1.0, BoundsOf(histogram.counts).high) * 1.06;
+    panel.y.low = 0;
+    DrawYAxis(drawing, panel, 3);
+    for (std::size_t c = 0; c < n; ++c) {
+      if (!(histogram.counts[c] > 0)) continue;
+      const double from = panel.x(histogram.middles[c] - 0.5 * width),
+                   to = panel.x(histogram.middles[c] + 0.5 * width);
+      const double y = panel.y(histogram.counts[c]);
+      AddRect(drawing, from, y, to - from, panel.y.from - y,
+              R"(fill="#6baed6" stroke="#fff" stroke-width=".6")",
+              host::Significant(histogram.middles[c]) + ": " + Number(histogram.counts[c]));
+      values += histogram.counts[c];
+    }
+    DrawXAxis(drawing, panel, 4);
+    DrawPanelTitle(drawing, panel, histogram.where);
+  }
+  if (values == 0) return {};
+  return MadeFigure(drawing, NameOf("histograms", t), trait.name + ": distributions",
+                    "Counts by class of " + host::Counted(std::llround(values), "value") +
+                        PanelNote(panels, "table") +
+                        "; the outermost classes also hold what lies beyond them.");
+}
+
+Figure VarianceBars(const TrialReport& report, std::size_t t) {
+  const TraitReport& trait = report.traits[t];
+  struct Component {
+    std::string source;
+    double value;
+  };
+  std::vector<std::pair<std::string, std::vector<Component>>> tables;
+  std::vector<std::string> sources;
+  for (const AnovaTable& table : trait.anova) {
+    std::vector<Component> components;
+    for (const AnovaRow& row : table.rows) {
+      if (row.source == "Model" || row.source == "Total" || !std::isfinite(row.variance)) continue;
+      components.push_back({row.source, std::max(0.0, row.variance)});
+      if (std::find(sources.begin(), sources.end(), row.source) == sources.end())
+        sources.push_back(row.source);
+    }
+    double sum = 0;
+    for (const Component& component : components) sum += component.value;
+    if (sum > 0) tables.emplace_back(table.where, std::move(components));
+  }
+  if (tables.empty()) return {};
+  const std::size_t all = tables.size();
+  tables.resize(std::min<std::size_t>(all, 60));
+  double names = 60;
+  for (const auto& [where, components] : tables)
+    names = std::max(names, std::min(190.0, TextWidth(where, kTextSize)));
+  constexpr double pitch = 22, top = 34;
+  const Panel panel{{0, 100, names + 14, kFigureWidth - 90},
+                    {0, 1, top + pitch * static_cast<double>(tables.size()) + 2, top},
+                    "share of the variance, %",
+                    ""};
+  Drawing drawing{kFigureWidth, panel.y.from + 38, {}};
+  double legend = panel.x.from;
+  for (std::size_t s = 0; s < sources.size(); ++s) {
+    AddRect(drawing, legend, 8, 12, 12,
+            "fill=\"" + Hex(ClassShade(s, sources.size())) + "\" stroke=\"#555\" stroke-width=\".5\"");
+    AddText(drawing, legend + 17, 18, sources[s]);
+    legend += 34 + TextWidth(sources[s], kTextSize);
+  }
+  double y = top;
+  for (const auto& [where, components] : tables) {
+    double sum = 0, at = 0;
+    for (const Component& component : components) sum += component.value;
+    for (const Component& component : components) {
+      const auto s = static_cast<std::size_t>(std::find(sources.begin(), sources.end(), component.source) -
+                                              sources.begin());
+      const double from = panel.x(100 * at / sum), to = panel.x(100 * (at + component.value) / sum);
+      if (component.value > 0) {
+        AddRect(drawing, from, y, to - from, pitch - 5,
+                "fill=\"" + Hex(ClassShade(s, sources.size())) + "\" stroke=\"#555\" stroke-width=\".5\"",
+                component.source + ": " + host::Significant(component.value));
+      }
+      at += component.value;
+    }
+    AddText(drawing, panel.x.from - 6, y + 13, Shortened(where, kTextSize, 190), kEnd);
+    AddText(drawing, panel.x.to + 8, y + 13, host::Significant(sum));
+    y += pitch;
+  }
+  AddText(drawing, panel.x.to + 8, 18, "total");
+  DrawXAxis(drawing, panel, 10);
+  return MadeFigure(
+      drawing, NameOf("variance", t), trait.name + ": components of variance",
+      "Estimated components of variance of " +
+          (tables.size() == 1 ? std::string("1 analysis") : std::to_string(tables.size()) + " analyses") +
+          (all > tables.size() ? " (the first of " + std::to_string(all) + ")" : std::string()) +
+          ", as shares of their sum; estimates below 0 count as 0.");
+}
+
+}  // namespace reports

@@ -1,0 +1,71 @@
+// What the commands tell their report pages.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "host/consensus_page.h"
+#include "host/map_page.h"
+
+namespace host {
+namespace {
+
+GenotypeTable Table(int32_t population, const std::vector<std::string>& rows) {
+  GenotypeTable table;
+  table.populationType = population;
+  table.lines = rows.front().size();
+  for (const std::string& row : rows) {
+    table.markers.push_back("m" + std::to_string(table.markers.size() + 1));
+    table.anchors.push_back(0);
+    for (const char code : row) table.cells.push_back(CellOf(TableKind::Map, std::string(1, code)));
+  }
+  return table;
+}
+
+LinkageMap Chain(const std::vector<float>& intervals, const std::vector<float>& recs) {
+  LinkageMap map;
+  map.groups.emplace_back();
+  for (std::size_t k = 0; k < intervals.size(); ++k) {
+    MapPlace place{static_cast<int32_t>(k) + 1};
+    place.interval = intervals[k];
+    place.rec = recs[k];
+    map.groups.front().places.push_back(place);
+  }
+  return map;
+}
+
+TEST(LineCrossovers, CountGametesBetweenTypedMarkers) {
+  const LinkageMap map = Chain({0, 5, 5, 5}, {0, 0.05F, 0.05F, 0.05F});
+  // A line each: none; one in one gamete; one in both; hidden by a missing and a dominant cell; there and back.
+  EXPECT_EQ(LineCrossovers(map, Table(7, {"AAAAA", "AAAXH", "AHBDH", "AHBBA"})),
+            (std::vector<int32_t>{0, 1, 2, 2, 2}));
+  EXPECT_EQ(LineCrossovers(map, Table(3, {"AA", "AB", "AB", "BA"})), (std::vector<int32_t>{1, 2}))
+      << "two classes are one crossover apart";
+  EXPECT_EQ(LineCrossovers(map, Table(2, {"HH", "HB", "HB", "HH"})), (std::vector<int32_t>{0, 2}));
+}
+
+TEST(LineCrossovers, TurnMarkersInRepulsionAndStopAtGaps) {
+  EXPECT_EQ(LineCrossovers(Chain({0, 5, 5}, {0, 0.95F, 0.95F}), Table(7, {"AB", "BA", "AA"})),
+            (std::vector<int32_t>{0, 2}));
+  EXPECT_EQ(LineCrossovers(Chain({0, 1000, 5}, {0, 0.5F, 0.05F}), Table(3, {"AA", "BB", "BA"})),
+            (std::vector<int32_t>{0, 1}));
+}
+
+TEST(ConsensusPageData, TellsWhereAMarkerIsOnNoMap) {
+  Consensus consensus;
+  consensus.maps = {"A", "B"};
+  consensus.markers = {{"m1", 0, {1, 0}, {0, -1}}, {"m2", 4, {2, 1}, {4, 0}}, {"m3", 9, {3, 2}, {9, 5}}};
+  ConsensusRun run;
+  run.maps = consensus.maps;
+  run.groups.push_back(Judge("LG1", consensus));
+  const reports::ConsensusReport report = ConsensusPageData(run, {});
+  ASSERT_EQ(report.groups.size(), 1U);
+  const reports::JointGroup& group = report.groups.front();
+  EXPECT_TRUE(std::isnan(group.markers[0].positions[1]));
+  EXPECT_EQ(group.markers[2].positions[1], 5.0);
+  EXPECT_EQ(group.sources[1].shared, 2U);
+  EXPECT_EQ(group.sources[1].tau, 1.0);
+}
+
+}  // namespace
+}  // namespace host
