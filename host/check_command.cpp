@@ -97,10 +97,10 @@ void CheckCmpFile(const InputFile& file, Verdict& verdict) {
                    {"marker_space", counts.markerSpaceType == 1 ? "intervals" : "positions"}};
 }
 
-// The library stops at the first fault; this lists all, and in a good file what the library drops.
+// The library stops at the first fault; this lists all, and in a good file what it hardly holds as meant.
 void LookThrough(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
   if (verdict.code == ExitCode::Other) return;
-  const auto look = verdict.code == ExitCode::Good ? FindDropped : FindFaults;
+  const auto look = verdict.code == ExitCode::Good ? FindPitfalls : FindFaults;
   verdict.findings = look(ReadWhole(file.absolute), verdict.module, moduleCode);
 }
 

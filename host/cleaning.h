@@ -13,9 +13,9 @@ namespace host {
 
 // What makes a marker leave the map; nothing does unless asked for.
 struct CleaningRules {
-  std::optional<double> maxMissing;       // share of lines without a genotype, 0 to 1
-  std::optional<double> minSegregationP;  // p-value of the segregation test
-  bool bin = false;                       // markers that tell nothing new stand aside
+  std::optional<double> maxMissing{};       // share of lines without a genotype, 0 to 1
+  std::optional<double> minSegregationP{};  // p-value of the segregation test
+  bool bin = false;                         // markers that tell nothing new stand aside
 
   bool Any() const { return maxMissing || minSegregationP || bin; }
 };

@@ -29,6 +29,7 @@ struct MapOptions {
   int jobs = 1;
   double maxMissing = -1, minSegregationP = -1;  // below 0: not asked for
   bool keepOrder = false, sweep = false, bin = false;
+  ReportOptions report;
   bool json = false, quiet = false;
 };
 CLI::App* DeclareMap(CLI::App& app, MapOptions& options);

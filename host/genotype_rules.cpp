@@ -250,7 +250,7 @@ void JudgeRow(Rules rules, int64_t population, std::string_view category,
   const uint32_t allowed = Allowed(rules, population, row);
   uint32_t shown = 0;
   for (std::size_t k = 0; k < cells.size(); ++k) {
-    const char code = cells[k].data() == nullptr ? 'X' : codes[Slot(cells[k])];
+    const char code = codes[Slot(cells[k])];
     const bool stands = code != 0 && Within(Letter(code), allowed);
     if (stands) {
       shown |= Letter(code);

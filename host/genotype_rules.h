@@ -35,7 +35,7 @@ struct RowJudgement {
 };
 
 // Judges a row as a check of the file would; `population` 0 where the header does not tell it, then only codes
-// that exist nowhere are told. A null is judged as if it were missing. `part`: some of the row's genotypes are
+// that exist nowhere are told. A null is a code of no characters. `part`: some of the row's genotypes are
 // not there, so that nothing can be said of the row as a whole.
 void JudgeRow(Rules rules, int64_t population, std::string_view category,
               std::span<const std::string_view> cells, bool part, RowJudgement& into);

@@ -12,6 +12,7 @@
 #include "host/independence.h"
 #include "host/input_file.h"
 #include "host/map_files.h"
+#include "host/map_page.h"
 #include "host/map_report.h"
 #include "host/order_options.h"
 #include "host/result_files.h"
@@ -170,6 +171,16 @@ void Tell(const MapOptions& options, const MapRun& run) {
   }
 }
 
+std::vector<std::string> ReportMap(const MapOptions& options, const Source& source,
+                                   const ResultFiles& results, const MapRun& run) {
+  if (!options.report.Wanted()) return {};
+  const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
+  reports::MapReport report = MapPageData(run, table, options.file);
+  report.run.files = Waiting(results);
+  const std::vector<reports::Figure> figures = reports::MapFigures(report);
+  return WriteReport(results, options.report, reports::MapPage(report, figures), figures);
+}
+
 // From the loaded markers to published files.
 void MakeMap(const MapOptions& options, const Source& source, const ResultFiles& results,
              const TableSwitches& tables, MapRun& run) {
@@ -178,8 +189,10 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   WriteResultFiles(results, source.file, run.data, run.map, tables);
   WriteText(results, kTable, MapTable(run));
   if (run.cleaning.rules.Any()) WriteText(results, kDropped, DroppedTable(run.cleaning, run.data.names));
-  run.written = Publish(results);
   run.warnings = MapWarnings(run.data, run.map);
+  std::vector<std::string> report = ReportMap(options, source, results, run);
+  run.written = Publish(results);
+  run.written.insert(run.written.end(), report.begin(), report.end());
 }
 
 void DeclareCleaning(CLI::App& map, MapOptions& options) {
@@ -231,6 +244,7 @@ CLI::App* DeclareMap(CLI::App& app, MapOptions& options) {
                 "print the groups at each LOD cut (lod, groups, markers, unlinked, sizes) and write nothing");
   map->add_option("--tables", options.tables,
                   "of CDM and PLM files: pair tables to write, of rec,lod,dis (frequency, LOD, distance)");
+  DeclareReport(*map, options.report);
   map->add_flag("--json", options.json, "print one JSON object instead of the summary");
   map->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON or the sweep)");
   map->footer(kFooter);
@@ -251,7 +265,7 @@ ExitCode RunMap(const MapOptions& options) {
     std::filesystem::path stem = options.stem;
     if (options.stem.empty()) stem = std::filesystem::path(options.file).replace_extension();
     std::vector<std::string> extensions = ResultExtensions(kind, tables);
-    extensions.insert(extensions.end(), {kTable, kDropped});
+    extensions.insert(extensions.end(), {kTable, kDropped, kReportExtension});
     results.emplace(OpenResults(stem, {file.absolute}, extensions));
   }
   const std::optional<Source> source = Load(file, kind, options.quiet, run);

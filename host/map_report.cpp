@@ -12,6 +12,7 @@ namespace host {
 namespace {
 
 constexpr float kDistorted = 0.01F;
+constexpr int32_t kEightParentLines = 4;    // population type 8PRIL
 constexpr std::size_t kUnlinkedShown = 20;  // names in the summary; the table has them all
 
 // Columns of the table by the kind of file, behind group and marker.
@@ -131,6 +132,16 @@ int BridgedPlaces(const LinkageGroup& group) {
                                         [](const MapPlace& place) { return place.bridged; }));
 }
 
+// Markers of a clonal F1 that the project file for the mapping engine has under another category.
+bool HasRecodedMarkers(const MapData& data, const LinkageMap& map) {
+  constexpr int32_t clonalF1 = 1, intercross = 4;
+  if (data.kind != TableKind::Cdm || data.populationType != clonalF1) return false;
+  const auto recoded = [&](const MapPlace& place) { return data.Category(place.marker) == intercross; };
+  return std::any_of(map.groups.begin(), map.groups.end(), [&](const LinkageGroup& group) {
+    return std::any_of(group.places.begin(), group.places.end(), recoded);
+  });
+}
+
 void WarnOfGroup(const LinkageGroup& group, std::vector<std::string>& warnings) {
   if (group.repulsions > 0) {
     warnings.push_back(
@@ -192,6 +203,18 @@ std::vector<std::string> MapWarnings(const MapData& data, const LinkageMap& map)
     warnings.push_back(Counted(bridged, "pair") +
                        " of neighbours that no line compares; their intervals follow from the markers that "
                        "both are linked to");
+  }
+  if (data.kind == TableKind::Plm && data.populationType == kEightParentLines) {
+    warnings.emplace_back(
+        "frequencies of 8PRIL pairs come out too high (about 0.08 for neighbours at 0.05, 0.23 without "
+        "linkage): "
+        "the map is several times too long");
+  }
+  if (HasRecodedMarkers(data, map)) {
+    warnings.emplace_back(
+        "the .cdq file codes AB=CD markers by their phases (A=CB=D, A=DB=C), which a reader takes of a "
+        "double "
+        "cross only: set its population type to 2 there when you add the traits");
   }
   int32_t untested = 0;
   for (int32_t m = 1; m <= data.numMarkers; ++m) untested += data.Tested(m) ? 0 : 1;

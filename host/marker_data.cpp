@@ -20,6 +20,7 @@ namespace {
 constexpr std::size_t kNameLength = 35;
 constexpr int32_t kStatusWrong = 100;
 constexpr int32_t kLargeMarkers = 2000;          // from here on the size is told before the start
+constexpr std::size_t kWatchedPairs = 100000;    // fewer are done at once
 constexpr std::size_t kHeaderBytes = 1U << 20U;  // header and its remarks lie within the first MB
 constexpr double kRoom = 64e6;                   // bytes for tables and code beyond the arrays
 
@@ -184,7 +185,7 @@ CallOutcome Check(const InputFile& file, bool quiet, MapData& data, SharedArray<
     }
     LeaveChild(call);
   }
-  ProgressLine progress("pairs", quiet || data.rec.size() == 0);
+  ProgressLine progress("pairs", quiet || data.rec.size() < kWatchedPairs);
   while (progress.Shown() && StillRunning(call)) {
     progress.Update(PairsDone(data), static_cast<double>(data.rec.size()));
   }

@@ -24,7 +24,8 @@ struct Finding {
 // stands behind the last table that has a form of its own (simulations) is not looked at.
 std::vector<Finding> FindFaults(std::string_view text, std::string_view module, int32_t moduleCode);
 
-// What a good file holds and the library drops without a word: genotypes behind the last line of the population.
-std::vector<Finding> FindDropped(std::string_view text, std::string_view module, int32_t moduleCode);
+// What the library takes from a good file without a word, but hardly as it was meant: genotypes behind the last
+// line of the population, which it drops, and empty ones between two commas, for which it takes the row before.
+std::vector<Finding> FindPitfalls(std::string_view text, std::string_view module, int32_t moduleCode);
 
 }  // namespace host

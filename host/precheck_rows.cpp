@@ -50,7 +50,7 @@ bool IsValues(Section section) {
 std::size_t WordsAhead(Section section) { return section == Section::Categorised ? 2 : 1; }
 
 // Why a row may have lost its step: characters that mean something to the reader.
-std::string ReasonOf(const SheetRow& row, Section section) {
+std::string ReasonOf(const Sheet& sheet, const SheetRow& row, Section section) {
   const LineWords& words = row.words;
   if (words.slash) return "; a slash ends the row, so quote what holds one";
   if (words.openQuote) return "; a quote is opened and not closed";
@@ -58,6 +58,8 @@ std::string ReasonOf(const SheetRow& row, Section section) {
   if (words.firstRepeats) return "; a number and a star repeat what follows, so quote such a name";
   const std::size_t ahead = WordsAhead(section);
   if (words.words.size() <= row.wanted || words.IsNull(ahead - 1)) return {};
+  if (GoesOn(sheet, section, words.words[ahead]))
+    return {};  // the name is whole, there is too much behind it
   const std::string_view name = words.words[ahead - 1];
   const auto end = static_cast<std::size_t>(name.data() - row.raw.data()) + name.size();
   if (name.data() < row.raw.data() || end >= row.raw.size()) return {};
@@ -96,7 +98,7 @@ void AddShape(Sheet& sheet, Section section, const SheetRow& row) {
   for (const ShapeRow& shape : kShapes) {
     if (shape.section != section) continue;
     Add(sheet, shape.kind, {row.line},
-        std::string(shape.what) + ", not " + Quoted(row.raw) + ReasonOf(row, section));
+        std::string(shape.what) + ", not " + Quoted(row.raw) + ReasonOf(sheet, row, section));
   }
 }
 
@@ -117,7 +119,8 @@ std::string ChromosomeName(const ChromosomeRow& row, std::size_t number) {
 }
 
 void LookAtPosition(Sheet& sheet, ChromosomeRow& chromosome, const SheetRow& row, float value) {
-  const bool first = chromosome.seen == 1;
+  const bool first = !chromosome.placed;
+  chromosome.placed = true;
   const auto type = sheet.Value(Field::MarkerSpaceType);
   constexpr int64_t intervals = 1, positions = 2;
   const float position = type == intervals && !first ? chromosome.position + value : value;
@@ -133,7 +136,8 @@ void LookAtMapRow(Sheet& sheet, const SheetRow& row) {
   if (!row.words.words.empty()) sheet.mapNames.push_back({NameOf(row.words, 0), row.line});
   const auto number = IntegerAt(row.words, 1);
   const auto value = RealAt(row.words, 2);
-  if (!number || !value) return AddShape(sheet, Section::Map, row);
+  if (!number || !value) AddShape(sheet, Section::Map, row);
+  if (!number) return;
   const auto count = static_cast<int64_t>(sheet.chromosomes.size());
   if (*number < 1 || *number > count) {
     return Add(sheet, FindingKind::Map, {row.line},
@@ -150,7 +154,7 @@ void LookAtMapRow(Sheet& sheet, const SheetRow& row) {
             "; rows come chromosome after chromosome");
   } else {
     sheet.lastChromosome = place;
-    LookAtPosition(sheet, chromosome, row, *value);
+    if (value) LookAtPosition(sheet, chromosome, row, *value);
   }
 }
 
@@ -178,7 +182,7 @@ bool HasLength(Sheet& sheet, Section section, const SheetRow& row, std::string_v
   Add(sheet, FindingKind::Row, {row.line},
       std::string(who) + " " + NameOf(row.words, ahead - 1) + " has " +
           Counted(std::max<int64_t>(count, 0), noun) + " in place of " + std::to_string(row.wanted - ahead) +
-          ReasonOf(row, section));
+          ReasonOf(sheet, row, section));
   return false;
 }
 
@@ -189,6 +193,7 @@ std::string Times(std::size_t times, std::size_t first) {
 }
 
 std::string WhyNot(const Sheet& sheet, const BadCell& cell, std::string_view category) {
+  if (cell.code.empty()) return ", nothing between two commas, takes over what the row before has";
   if (!cell.known) {
     std::string capitals = cell.code;
     for (char& c : capitals) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -236,10 +241,8 @@ void LookAtGenotypes(Sheet& sheet, Section section, const SheetRow& row) {
   if (apart || words.size() <= ahead) return;
   const std::size_t count = std::min(words.size(), row.wanted) - ahead;
   const std::span<const std::string_view> cells = std::span(words).subspan(ahead, count);
-  const bool nulls =
-      std::any_of(cells.begin(), cells.end(), [](auto cell) { return cell.data() == nullptr; });
   const std::string category = ahead == 2 ? NameOf(row.words, 0) : "";
-  JudgeRow(sheet.rules, sheet.population, category, cells, !whole || nulls, sheet.judgement);
+  JudgeRow(sheet.rules, sheet.population, category, cells, !whole, sheet.judgement);
   TellJudgement(sheet, row, NameOf(row.words, ahead - 1), category);
 }
 
@@ -252,7 +255,7 @@ void LookAtValues(Sheet& sheet, Section section, const SheetRow& row) {
   std::size_t bad = 0, first = 0;
   const std::size_t end = std::min(row.words.words.size(), row.wanted);
   for (std::size_t k = 1; k < end; ++k) {
-    if (row.words.IsNull(k) || IsValue(row.words.words[k], marks)) continue;
+    if (IsValue(row.words.words[k], marks)) continue;
     if (bad++ == 0) first = k;
   }
   if (bad == 0) return;
@@ -292,37 +295,45 @@ void TellRepeated(Sheet& sheet, const std::vector<NameAt>& names, const NameInde
 // How a second table of the same markers is spoken of.
 struct Pairing {
   FindingKind kind;
-  std::string_view missing;  // of a marker that only the first table has
-  std::string_view unknown;  // of a name that only the second has
+  std::string_view missing;  // of markers that only the first table has
+  std::string_view unknown;  // of names that only the second has
   std::string_view order;
 };
-constexpr Pairing kAnchorPairing = {FindingKind::Anchor, " has no anchor row",
-                                    " has an anchor row, but no genotypes",
+constexpr Pairing kAnchorPairing = {FindingKind::Anchor, "no anchor row", "an anchor row, but no genotypes",
                                     "the anchor rows come in another order than the genotypes from here on"};
-constexpr Pairing kMapPairing = {FindingKind::Map, " stands on the map, but has no genotypes",
-                                 " has genotypes, but stands on no chromosome of the map",
+constexpr Pairing kMapPairing = {FindingKind::Map, "a place on the map, but no genotypes",
+                                 "genotypes, but no place on the map",
                                  "the genotypes come in another order than the map from here on"};
+
+// Tells the names that `others` lacks, those that stand together in one finding.
+void TellLone(Sheet& sheet, FindingKind kind, const std::vector<NameAt>& names, const NameIndex& others,
+              std::string_view what) {
+  const auto lone = [&](std::size_t k) { return k < names.size() && !others.contains(Cut(names[k].name)); };
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    const std::size_t begin = k;
+    if (!lone(k)) continue;
+    while (lone(k + 1)) ++k;
+    const std::size_t count = k - begin + 1;
+    const std::string who = count == 1 ? "marker " + names[begin].name + " has "
+                                       : std::to_string(count) + " markers, " + names[begin].name + " to " +
+                                             names[k].name + ", have ";
+    Add(sheet, kind, {names[begin].line}, who + std::string(what));
+  }
+}
 
 void TellPairing(Sheet& sheet, const Pairing& pairing, const std::vector<NameAt>& first,
                  const std::vector<NameAt>& second) {
   const NameIndex firstIndex = IndexOf(first), secondIndex = IndexOf(second);
-  const bool unique = firstIndex.size() == first.size() && secondIndex.size() == second.size();
-  bool ordered = unique;
+  TellLone(sheet, pairing.kind, first, secondIndex, pairing.missing);
+  TellLone(sheet, pairing.kind, second, firstIndex, pairing.unknown);
+  if (firstIndex.size() != first.size() || secondIndex.size() != second.size()) return;
   std::size_t last = 0;
   for (const NameAt& here : second) {
     const auto found = firstIndex.find(Cut(here.name));
-    if (found == firstIndex.end()) {
-      Add(sheet, pairing.kind, {here.line}, here.name + std::string(pairing.unknown));
-    } else if (ordered && found->second < last) {
-      ordered = false;
-      Add(sheet, pairing.kind, {first[found->second].line, here.line}, std::string(pairing.order));
-    } else {
-      last = found->second;
-    }
-  }
-  for (const NameAt& here : first) {
-    if (secondIndex.contains(Cut(here.name))) continue;
-    Add(sheet, pairing.kind, {here.line}, "marker " + here.name + std::string(pairing.missing));
+    if (found == firstIndex.end()) continue;
+    if (found->second < last)
+      return Add(sheet, pairing.kind, {first[found->second].line, here.line}, std::string(pairing.order));
+    last = found->second;
   }
 }
 
@@ -365,7 +376,8 @@ bool LooksLike(const Sheet& sheet, Section section, std::size_t wanted, const Li
 
 bool GoesOn(const Sheet& sheet, Section section, std::string_view word) {
   if (word.data() == nullptr) return true;
-  return IsMarkers(section) ? IsGenotype(sheet.rules, word) : IsValue(word, true);
+  if (IsMarkers(section)) return IsGenotype(sheet.rules, word);
+  return IsValues(section) ? IsValue(word, true) : AsInteger(word).has_value();
 }
 
 void CompareTables(Sheet& sheet, bool anchorsDue) {

@@ -27,7 +27,8 @@ struct ChromosomeRow {
   std::optional<int64_t> markers;
   std::size_t line;
   int64_t seen = 0;
-  float position = 0;  // of its last row
+  bool placed = false;  // a row with a value was met
+  float position = 0;   // of the last one
 };
 
 // What the precheck knows of a file so far.

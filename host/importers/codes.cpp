@@ -159,6 +159,10 @@ void TakeZygotes(Builder& builder, const MarkerSource& source, std::span<const u
   }
   const auto byZygotes = CellsByZygotes(*category);
   const uint8_t missing = host::MissingCell(TableKind::Cdm);
+  // A type that is dominant in both parents would keep one of its genotypes only.
+  const bool whole =
+      std::none_of(types.begin(), types.end(), [&](uint8_t set) { return byZygotes[set] == missing; });
+  if (!whole) return DropMarker(builder, source, Drop::NoCategory);
   std::vector<uint8_t> cells;
   for (const uint8_t set : zygotes) {
     cells.push_back(byZygotes[set]);

@@ -243,8 +243,18 @@ void AddMarker(Builder& builder, const MarkerSource& source, std::vector<uint8_t
   builder.table.cells.insert(builder.table.cells.end(), cells.begin(), cells.end());
 }
 
+// Many alleles that the parents have not: perhaps others are the parents.
+void DoubtTheParents(Builder& builder) {
+  constexpr int64_t oneIn = 10;
+  const int64_t strange = builder.ledger.blanked[static_cast<std::size_t>(Blank::NoParentsAllele)];
+  if (strange == 0 || oneIn * strange <= builder.ledger.typed + strange) return;
+  builder.ledger.notes.push_back(
+      "more than one genotype in ten cannot come of these parents; are they the parents?");
+}
+
 Import FinishTable(Builder&& builder) {
   RefuseTheImpossible(builder);
+  DoubtTheParents(builder);
   if (builder.table.markers.empty()) {
     const std::string why = builder.ledger.read == 0
                                 ? " has no markers"

@@ -18,9 +18,9 @@ namespace {
 using host::ExitCode;
 using host::Failure;
 
-constexpr std::size_t kFirstBuffer = std::size_t{1} << 20U, kLongestLine = std::size_t{1} << 28U;
+constexpr std::size_t kFirstBuffer = std::size_t{1} << 17U, kLongestLine = std::size_t{1} << 28U;
 constexpr std::size_t kLargestText = std::size_t{1} << 32U;
-constexpr unsigned kPackedBuffer = 1U << 18U;
+constexpr unsigned kPackedBuffer = 1U << 16U;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF", kGzip = "\x1F\x8B";
 
 // Of what the host knows as no project file, these are texts that importers read.
@@ -35,6 +35,21 @@ constexpr std::string_view kReadable[] = {kGzip, kUtf8Mark, "##fileformat=VCF", 
   throw Failure{ExitCode::Other, "cannot read " + path + ": " + words};
 }
 
+// The empty block with which bgzip ends a file; without it whole blocks at the end may be lost.
+constexpr std::string_view kBgzipEnd(
+    "\x1F\x8B\x08\x04\0\0\0\0\0\xFF\x06\0BC\x02\0\x1B\0\x03\0\0\0\0\0\0\0\0\0", 28);
+
+void RequireBgzipEnd(const std::filesystem::path& path, std::ifstream& file, std::string_view head) {
+  const bool bgzip = head.starts_with("\x1F\x8B\x08\x04") && head.size() > 14 && head.substr(12, 2) == "BC";
+  if (!bgzip) return;
+  std::array<char, kBgzipEnd.size()> tail{};
+  file.clear();
+  file.seekg(-static_cast<std::streamoff>(tail.size()), std::ios::end);
+  file.read(tail.data(), tail.size());
+  if (file && std::string_view(tail.data(), tail.size()) == kBgzipEnd) return;
+  ThrowFile(path.string(), "the file is packed by bgzip, but its end mark is missing: it is cut short");
+}
+
 void Judge(const std::filesystem::path& path) {
   std::error_code error;
   const auto status = std::filesystem::status(path, error);
@@ -46,6 +61,7 @@ void Judge(const std::filesystem::path& path) {
   if (!file) ThrowSystem(path.string(), std::generic_category().message(errno));
   file.read(bytes.data(), bytes.size());
   const std::string_view head(bytes.data(), static_cast<std::size_t>(file.gcount()));
+  RequireBgzipEnd(path, file, head);
   for (std::string_view start : kReadable) {
     if (head.starts_with(start)) return;
   }

@@ -200,7 +200,8 @@ void TakeSite(const TextSource& source, const Site& site, const std::vector<std:
     return DropMarker(builder, marker, Drop::NoGenotypes);
   }
   std::size_t sample = 0;
-  ThrowFault(source, ReadCalls(site, gt, reading.calls, sample), samples, sample);
+  const Fault fault = ReadCalls(site, gt, reading.calls, sample);
+  ThrowFault(source, fault, samples, sample);
   for (std::size_t p = 0; p < reading.parents.size(); ++p) {
     reading.parents[p] = reading.calls[reading.columns.parents[p]];
   }

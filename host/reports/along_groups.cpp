@@ -153,9 +153,8 @@ Figure SegregationFigure(const MapReport& report) {
   DrawThreshold(drawing, panel, 2, "p = 0.01");
   if (strict > 2.3) DrawThreshold(drawing, panel, strict, "0.05 / " + std::to_string(tested));
   DrawDots(drawing, PlaceDots(drawing, report, axis, panel, MarkerValue::Segregation));
-  std::string caption = "Chi-square test of each marker's segregation, " +
-                        host::Counted(static_cast<int64_t>(tested), "marker") + "; p below 0.01 at " +
-                        std::to_string(distorted) +
+  std::string caption = "Chi-square test of each marker's segregation, " + CountText(tested, "marker") +
+                        "; p below 0.01 at " + std::to_string(distorted) +
                         ". Lines: p = 0.01, and 0.05 divided by the number of tests.";
   if (floor > 0)
     caption += " " + std::to_string(floor) + " with p below 1e-45 stand at " + Number(kHighest) + ".";

@@ -24,9 +24,9 @@ std::vector<double> NiceTicks(double low, double high, int about) {
   std::vector<double> ticks;
   if (!std::isfinite(low) || !std::isfinite(high) || !(high > low)) return ticks;
   const double step = NiceStep(high - low, about);
-  // A range below the resolution of its ends has no step that moves.
-  if (!(step > 0) || !std::isfinite(step) || low + step == low || high - step == high) return ticks;
   const double first = std::ceil(low / step - 1e-9), last = std::floor(high / step + 1e-9);
+  // Ends that agree in all but their last digits have no ticks that could be told apart.
+  if (!(std::max(std::abs(first), std::abs(last)) < 1e12)) return ticks;
   for (double k = first; k <= last; ++k) ticks.push_back(k * step + 0.0);
   return ticks;
 }
@@ -97,6 +97,24 @@ void DrawXAxis(Drawing& drawing, const Panel& panel, int about) {
 void DrawFrame(Drawing& drawing, const Panel& panel) {
   AddRect(drawing, panel.x.from, panel.y.to, panel.x.to - panel.x.from, panel.y.from - panel.y.to,
           R"(fill="none" stroke="#999" stroke-width=".7")");
+}
+
+void DrawRampScale(Drawing& drawing, double x, double top, double height, const RampScale& scale) {
+  constexpr double width = 16;
+  constexpr int steps = 24;
+  for (int k = 0; k < steps; ++k) {
+    const double share = k / (steps - 1.0);
+    AddRect(drawing, x, top + height * (1 - (k + 1.0) / steps), width, height / steps + 0.3,
+            "fill=\"" + Hex(ShadeAt(scale.ramp, scale.darkAtLow ? 1 - share : share)) + "\"");
+  }
+  AddRect(drawing, x, top, width, height, R"(fill="none" stroke="#777" stroke-width=".7")");
+  const std::vector<double> ticks = NiceTicks(scale.bounds.low, scale.bounds.high, 5);
+  const std::vector<std::string> labels = TickLabels(ticks);
+  const Scale y{scale.bounds.low, scale.bounds.high, top + height, top};
+  for (std::size_t k = 0; k < ticks.size(); ++k) {
+    AddLine(drawing, x + width, y(ticks[k]), x + width + 4, y(ticks[k]), kAxisStyle);
+    AddText(drawing, x + width + 7, y(ticks[k]) + 3, labels[k], kSmall);
+  }
 }
 
 std::vector<double> SpreadLabels(const std::vector<double>& wanted, double gap, double low, double high) {

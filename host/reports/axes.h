@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/reports/drawing.h"
+#include "host/reports/shades.h"
 
 namespace reports {
 
@@ -42,6 +43,14 @@ struct Panel {
 void DrawYAxis(Drawing& drawing, const Panel& panel, int ticks = 5);
 void DrawXAxis(Drawing& drawing, const Panel& panel, int ticks = 6);
 void DrawFrame(Drawing& drawing, const Panel& panel);
+
+// An upright strip of a ramp with ticks on its right; the ramp is dark at the high end unless `darkAtLow`.
+struct RampScale {
+  Ramp ramp = Ramp::Blue;
+  Bounds bounds{0, 1};
+  bool darkAtLow = false;
+};
+void DrawRampScale(Drawing& drawing, double x, double top, double height, const RampScale& scale);
 
 // Places along a line for labels that want to stand at `wanted` (ascending) and need `gap` between each other, as
 // near as they can (least squares), within [low, high] when there is room for all.

@@ -264,9 +264,8 @@ Figure BiplotFigure(const Biplot& biplot, const std::string& trait, std::size_t 
     DrawPanelBase(drawing, second, biplot.model + "2: both axes", one, two);
   }
   named = std::min(named, DrawPoints(drawing, axes, second, !wins, std::move(taken)));
-  std::string caption = host::Counted(static_cast<int64_t>(biplot.genotypes.size()), "genotype") +
-                        " (dots) and " +
-                        host::Counted(static_cast<int64_t>(biplot.environments.size()), "environment") +
+  std::string caption = CountText(biplot.genotypes.size(), "genotype") + " (dots) and " +
+                        CountText(biplot.environments.size(), "environment") +
                         " (squares). Taken off before the decomposition: " + biplot.centred +
                         ". Singular values are split evenly between genotypes and environments.";
   if (wins) {

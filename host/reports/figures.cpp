@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "host/text.h"
+
 namespace reports {
 namespace {
 
@@ -10,6 +12,10 @@ void Keep(std::vector<Figure>& figures, Figure figure) {
 }
 
 }  // namespace
+
+std::string CountText(std::size_t count, std::string_view noun) {
+  return host::Counted(static_cast<int64_t>(count), noun);
+}
 
 Figure MadeFigure(const Drawing& drawing, std::string name, std::string title, std::string caption) {
   std::string svg = Document(drawing, name, title, caption);

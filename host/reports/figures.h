@@ -3,6 +3,7 @@
 // The figures one by one. Each returns a figure without a drawing (`svg` empty) when its data are not there.
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/reports/drawing.h"
@@ -12,6 +13,9 @@ namespace reports {
 
 // Width of most figures; pages show them no wider.
 inline constexpr double kFigureWidth = 1000;
+
+// "1 marker", "2 markers".
+std::string CountText(std::size_t count, std::string_view noun);
 
 // Closes a drawing; the caption serves as the description too.
 Figure MadeFigure(const Drawing& drawing, std::string name, std::string title, std::string caption);

@@ -209,7 +209,7 @@ Figure ParentalMaps(const MapReport& report) {
   Drawing drawing;
   const Joins joins = DrawPanels(drawing, panels);
   return MadeFigure(drawing, "parental_maps", "Maps of the two parents beside the common map",
-                    host::Counted(static_cast<int64_t>(panels.size()), "group") +
+                    CountText(panels.size(), "group") +
                         (all > panels.size() ? " of " + std::to_string(all) : std::string()) + ", " +
                         std::to_string(joins.joined) + " joining lines." + CrossedText(joins));
 }
@@ -223,8 +223,7 @@ Figure ConsensusFigure(const JointGroup& group, std::size_t number) {
     names.push_back(marker.name);
     consensus.positions.push_back(marker.position);
   }
-  consensus.note = Length(consensus.positions) + ", " +
-                   host::Counted(static_cast<int64_t>(group.markers.size()), "marker");
+  consensus.note = Length(consensus.positions) + ", " + CountText(group.markers.size(), "marker");
   const std::size_t shown = std::min(group.sources.size(), 2 * kMostPanels);
   for (std::size_t s = 0; s < shown; s += 2) {
     JoinedPanel panel{"", names, SourceSide(group, s), consensus, {}};
@@ -234,11 +233,10 @@ Figure ConsensusFigure(const JointGroup& group, std::size_t number) {
   Drawing drawing;
   const Joins joins = DrawPanels(drawing, panels);
   const std::string of = group.name.empty() ? "" : " of " + group.name;
-  return MadeFigure(drawing, "consensus_" + std::to_string(number),
-                    "Consensus map" + of + " with its sources",
-                    host::Counted(static_cast<int64_t>(group.markers.size()), "marker") + " of " +
-                        host::Counted(static_cast<int64_t>(group.sources.size()), "map") + ", " +
-                        std::to_string(joins.joined) + " joining lines." + CrossedText(joins));
+  return MadeFigure(
+      drawing, "consensus_" + std::to_string(number), "Consensus map" + of + " with its sources",
+      CountText(group.markers.size(), "marker") + " of " + CountText(group.sources.size(), "map") + ", " +
+          std::to_string(joins.joined) + " joining lines." + CrossedText(joins));
 }
 
 }  // namespace reports

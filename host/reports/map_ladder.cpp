@@ -145,10 +145,10 @@ std::string LadderCaption(const MapReport& report, const Ladder& ladder, std::si
   std::size_t gaps = 0;
   for (const ReportGroup& group : report.groups) length += group.length;
   for (const DrawnMap& map : ladder.maps) gaps += map.gaps.size();
-  std::string text =
-      host::Counted(static_cast<int64_t>(placed), "marker") + " in " +
-      host::Counted(static_cast<int64_t>(report.groups.size()), "group") + ", " + host::Fixed(length, 1) +
-      " cM. A tick is a marker; strips show the density in windows of " + Number(ladder.window) + " cM.";
+  std::string text = CountText(placed, "marker") + " in " + CountText(report.groups.size(), "group") + ", " +
+                     host::Fixed(length, 1) +
+                     " cM. A tick is a marker; strips show the density in windows of " +
+                     Number(ladder.window) + " cM.";
   if (gaps > 0) text += " Dotted breaks stand for neighbours without linkage and are not to scale.";
   if (ladder.maps.size() < report.groups.size()) {
     text += " The first " + std::to_string(ladder.maps.size()) + " groups are drawn.";
@@ -181,8 +181,7 @@ Figure MapLadder(const MapReport& report, bool named) {
     AddText(drawing, stripLeft, top - 20,
             Shortened(group.name, kTextSize, ladder.cell - (named ? kPositionWidth : 4)), kBold);
     AddText(drawing, stripLeft, top - 9,
-            host::Fixed(group.length, 1) + " cM" +
-                (named ? ", " + host::Counted(static_cast<int64_t>(map.at.size()), "marker") : ""),
+            host::Fixed(group.length, 1) + " cM" + (named ? ", " + CountText(map.at.size(), "marker") : ""),
             kSmall);
     DrawStrip(drawing, ladder, map, stripLeft, y);
     DrawBar(drawing, bar, map);

@@ -47,12 +47,13 @@ h2,h3{break-after:avoid}.scroll{max-height:none;overflow:visible}.draw,.table{ov
 )";
 
 std::string SectionHtml(const Section& section) {
-  return "<section id=\"" + section.id + "\">\n<h2>" + Escaped(section.title) + "</h2>\n" + section.body +
+  return "<section id=\"to-" + section.id + "\">\n<h2>" + Escaped(section.title) + "</h2>\n" + section.body +
          "</section>\n";
 }
 
 std::string LedgerHtml(const std::vector<LedgerRow>& ledger) {
   std::vector<Row> rows;
+  rows.reserve(ledger.size());
   for (const LedgerRow& row : ledger) {
     rows.push_back({row.what, row.count < 0 ? std::string() : std::to_string(row.count), row.why});
   }
@@ -173,7 +174,7 @@ std::string PageHtml(const RunFacts& run, const std::vector<Section>& sections) 
   if (!run.kind.empty()) html += "<p class=\"kind\">" + Escaped(run.kind) + "</p>\n";
   html += ListHtml(run.facts) + "</header>\n<nav aria-label=\"Contents\"><ol>\n";
   for (const Section& section : all) {
-    html += "<li><a href=\"#" + section.id + "\">" + Escaped(section.title) + "</a></li>\n";
+    html += "<li><a href=\"#to-" + section.id + "\">" + Escaped(section.title) + "</a></li>\n";
   }
   html += "</ol></nav>\n<main>\n";
   for (const Section& section : all) html += SectionHtml(section);

@@ -73,6 +73,7 @@ uint8_t ShadeIndex(double share) {
 
 std::vector<Colour> Palette() {
   std::vector<Colour> palette;
+  palette.reserve(2 * kShades + 1);
   for (int k = 0; k < kShades; ++k) palette.push_back(ShadeAt(Ramp::Blue, k / (kShades - 1.0)));
   for (int k = 0; k < kShades; ++k) palette.push_back(ShadeAt(Ramp::Orange, k / (kShades - 1.0)));
   palette.push_back({255, 255, 255});
@@ -134,24 +135,11 @@ void DrawBorders(Drawing& drawing, const MapReport& report, std::size_t placed, 
   AddRect(drawing, kLeft, kTop, side, side, R"(fill="none" stroke="#333")");
 }
 
-void DrawScaleBar(Drawing& drawing, double x, double top, Ramp ramp, const std::string& title,
-                  const std::string& where, double highest, bool darkAtZero) {
-  constexpr double width = 16, height = 150;
+void DrawLegend(Drawing& drawing, double x, double top, const std::string& title, const std::string& where,
+                const RampScale& scale) {
   AddText(drawing, x, top - 22, title, kBold);
   AddText(drawing, x, top - 9, where, kSmall);
-  for (int k = 0; k < kShades; ++k) {
-    const double share = k / (kShades - 1.0);
-    AddRect(drawing, x, top + height * (1 - (k + 1.0) / kShades), width, height / kShades + 0.3,
-            "fill=\"" + Hex(ShadeAt(ramp, darkAtZero ? 1 - share : share)) + "\"");
-  }
-  AddRect(drawing, x, top, width, height, R"(fill="none" stroke="#777" stroke-width=".7")");
-  const std::vector<double> ticks = NiceTicks(0, highest, 5);
-  const std::vector<std::string> labels = TickLabels(ticks);
-  for (std::size_t k = 0; k < ticks.size(); ++k) {
-    const double y = top + height * (1 - ticks[k] / highest);
-    AddLine(drawing, x + width, y, x + width + 4, y, kAxisStyle);
-    AddText(drawing, x + width + 7, y + 3, labels[k], kSmall);
-  }
+  DrawRampScale(drawing, x, top, 150, scale);
 }
 
 }  // namespace
@@ -170,13 +158,13 @@ Figure PairHeatMap(const MapReport& report) {
            "recombination frequency below the diagonal, LOD above it");
   DrawBorders(drawing, report, placed, side);
   AddText(drawing, kLeft + side / 2, kTop + side + 29, "markers in map order", kMiddle);
-  DrawScaleBar(drawing, scales, kTop + 40, Ramp::Orange, "LOD score", "above the diagonal", image.highestLod,
-               false);
-  DrawScaleBar(drawing, scales + (stacked ? 0 : 140), kTop + (stacked ? 270 : 40), Ramp::Blue,
-               "Recombination frequency", "below the diagonal", 0.5, true);
+  DrawLegend(drawing, scales, kTop + 40, "LOD score", "above the diagonal",
+             {Ramp::Orange, {0, image.highestLod}, false});
+  DrawLegend(drawing, scales + (stacked ? 0 : 140), kTop + (stacked ? 270 : 40), "Recombination frequency",
+             "below the diagonal", {Ramp::Blue, {0, 0.5}, true});
   const double pairs = static_cast<double>(placed) * (static_cast<double>(placed) - 1) / 2;
   std::string caption =
-      host::Fixed(pairs, 0) + " pairs of " + host::Counted(static_cast<int64_t>(placed), "marker") +
+      host::Fixed(pairs, 0) + " pairs of " + CountText(placed, "marker") +
       " in map order; dark is closely linked. Frequencies above 0.5 (repulsion) are shown as "
       "their complement.";
   if (image.bin > 1) {

@@ -31,9 +31,8 @@ void DrawGroupCounts(Drawing& drawing, const MapReport& report, const Panel& pan
   for (const SweepStep& step : report.sweep) {
     const Point at{panel.x(step.lod), panel.y(static_cast<double>(step.sizes.size()))};
     groups += groups.empty() ? MoveTo(at.x, at.y) : LineTo(at.x, at.y);
-    AddCircle(
-        drawing, at.x, at.y, 2.6, R"(fill="#1f4e79")",
-        "LOD " + Number(step.lod) + ": " + host::Counted(static_cast<int64_t>(step.sizes.size()), "group"));
+    AddCircle(drawing, at.x, at.y, 2.6, R"(fill="#1f4e79")",
+              "LOD " + Number(step.lod) + ": " + CountText(step.sizes.size(), "group"));
   }
   AddPath(drawing, groups, kCurve);
 }
@@ -177,7 +176,7 @@ Figure SweepFigure(const MapReport& report) {
   return MadeFigure(
       drawing, "lod_sweep", "Groups against the LOD cut",
       "Number of groups of two markers or more (above) and their sizes (below, largest at the bottom) at " +
-          host::Counted(static_cast<int64_t>(report.sweep.size()), "LOD cut") +
+          CountText(report.sweep.size(), "LOD cut") +
           (single > 0 ? "; dashed: markers linked to no other." : "."));
 }
 
@@ -198,7 +197,7 @@ Figure LineFigure(const MapReport& report) {
                   *chosen, *moments);
     caption += (caption.empty() ? "" : " ") +
                std::string(chosen == &crossovers ? "Crossovers" : "Missing genotypes, %,") + " of " +
-               host::Counted(static_cast<int64_t>(moments->count), "line") + ": mean " +
+               CountText(static_cast<std::size_t>(moments->count), "line") + ": mean " +
                host::Fixed(moments->mean, 1) + ", standard deviation " + host::Fixed(moments->deviation, 1) +
                ".";
     top += 185;

@@ -24,8 +24,9 @@ SmallPanels LayPanels(std::size_t count, double width, double height) {
 }
 
 Panel PanelAt(const SmallPanels& panels, std::size_t k) {
+  const std::size_t row = k / panels.perRow;
   const double left = static_cast<double>(k % panels.perRow) * panels.cellWidth;
-  const double top = static_cast<double>(k / panels.perRow) * panels.cellHeight;
+  const double top = static_cast<double>(row) * panels.cellHeight;
   return {{0, 1, left + 44, left + panels.cellWidth - 12},
           {0, 1, top + panels.cellHeight - 24, top + 22},
           "",
@@ -38,9 +39,8 @@ void DrawPanelTitle(Drawing& drawing, const Panel& panel, const std::string& tit
 }
 
 std::string PanelNote(const SmallPanels& panels, const std::string& noun) {
-  if (panels.shown == panels.all) return " in " + host::Counted(static_cast<int64_t>(panels.all), noun);
-  return " in the first " + std::to_string(panels.shown) + " of " +
-         host::Counted(static_cast<int64_t>(panels.all), noun);
+  if (panels.shown == panels.all) return " in " + CountText(panels.all, noun);
+  return " in the first " + std::to_string(panels.shown) + " of " + CountText(panels.all, noun);
 }
 
 }  // namespace reports

@@ -57,7 +57,7 @@ void DrawBox(Drawing& drawing, const std::vector<double>& sorted, double x, doub
   AddRect(drawing, x - half, y(five.q3), width, std::max(0.5, y(five.q1) - y(five.q3)),
           R"(fill="#c6dbef" stroke="#333")",
           "median " + host::Significant(five.median) + ", quartiles " + host::Significant(five.q1) + " and " +
-              host::Significant(five.q3) + ", " + host::Counted(static_cast<int64_t>(sorted.size()), "plot"));
+              host::Significant(five.q3) + ", " + CountText(sorted.size(), "plot"));
   AddLine(drawing, x - half, y(five.median), x + half, y(five.median),
           R"(stroke="#08285a" stroke-width="2")");
   std::vector<Point> outside;
@@ -111,8 +111,7 @@ Figure BoxPlots(const TrialReport& report, std::size_t t) {
   }
   return MadeFigure(
       drawing, NameOf("boxes", t), trait.name + ": plots by environment",
-      host::Counted(static_cast<int64_t>(plots), "plot") + " in " +
-          host::Counted(static_cast<int64_t>(shown), "environment") +
+      CountText(plots, "plot") + " in " + CountText(shown, "environment") +
           (shown < report.environments.size()
                ? " (the first of " + std::to_string(report.environments.size()) + ")"
                : std::string()) +
@@ -153,7 +152,7 @@ Figure QuantilePlots(const TrialReport& report, std::size_t t) {
   return MadeFigure(
       drawing, NameOf("quantiles", t), trait.name + ": residuals beside normal quantiles",
       "Residuals of the plots from their cell means (upwards) against the normal quantiles of their ranks, " +
-          host::Counted(static_cast<int64_t>(residuals), "plot") + PanelNote(panels, "environment") +
+          CountText(residuals, "plot") + PanelNote(panels, "environment") +
           ". On the dashed line residuals are normal.");
 }
 
@@ -192,74 +191,6 @@ Figure Histograms(const TrialReport& report, std::size_t t) {
                     "Counts by class of " + host::Counted(std::llround(values), "value") +
                         PanelNote(panels, "table") +
                         "; the outermost classes also hold what lies beyond them.");
-}
-
-Figure VarianceBars(const TrialReport& report, std::size_t t) {
-  const TraitReport& trait = report.traits[t];
-  struct Component {
-    std::string source;
-    double value;
-  };
-  std::vector<std::pair<std::string, std::vector<Component>>> tables;
-  std::vector<std::string> sources;
-  for (const AnovaTable& table : trait.anova) {
-    std::vector<Component> components;
-    for (const AnovaRow& row : table.rows) {
-      if (row.source == "Model" || row.source == "Total" || !std::isfinite(row.variance)) continue;
-      components.push_back({row.source, std::max(0.0, row.variance)});
-      if (std::find(sources.begin(), sources.end(), row.source) == sources.end())
-        sources.push_back(row.source);
-    }
-    double sum = 0;
-    for (const Component& component : components) sum += component.value;
-    if (sum > 0) tables.emplace_back(table.where, std::move(components));
-  }
-  if (tables.empty()) return {};
-  const std::size_t all = tables.size();
-  tables.resize(std::min<std::size_t>(all, 60));
-  double names = 60;
-  for (const auto& [where, components] : tables)
-    names = std::max(names, std::min(190.0, TextWidth(where, kTextSize)));
-  constexpr double pitch = 22, top = 34;
-  const Panel panel{{0, 100, names + 14, kFigureWidth - 90},
-                    {0, 1, top + pitch * static_cast<double>(tables.size()) + 2, top},
-                    "share of the variance, %",
-                    ""};
-  Drawing drawing{kFigureWidth, panel.y.from + 38, {}};
-  double legend = panel.x.from;
-  for (std::size_t s = 0; s < sources.size(); ++s) {
-    AddRect(drawing, legend, 8, 12, 12,
-            "fill=\"" + Hex(ClassShade(s, sources.size())) + "\" stroke=\"#555\" stroke-width=\".5\"");
-    AddText(drawing, legend + 17, 18, sources[s]);
-    legend += 34 + TextWidth(sources[s], kTextSize);
-  }
-  double y = top;
-  for (const auto& [where, components] : tables) {
-    double sum = 0, at = 0;
-    for (const Component& component : components) sum += component.value;
-    for (const Component& component : components) {
-      const auto s = static_cast<std::size_t>(std::find(sources.begin(), sources.end(), component.source) -
-                                              sources.begin());
-      const double from = panel.x(100 * at / sum), to = panel.x(100 * (at + component.value) / sum);
-      if (component.value > 0) {
-        AddRect(drawing, from, y, to - from, pitch - 5,
-                "fill=\"" + Hex(ClassShade(s, sources.size())) + "\" stroke=\"#555\" stroke-width=\".5\"",
-                component.source + ": " + host::Significant(component.value));
-      }
-      at += component.value;
-    }
-    AddText(drawing, panel.x.from - 6, y + 13, Shortened(where, kTextSize, 190), kEnd);
-    AddText(drawing, panel.x.to + 8, y + 13, host::Significant(sum));
-    y += pitch;
-  }
-  AddText(drawing, panel.x.to + 8, 18, "total");
-  DrawXAxis(drawing, panel, 10);
-  return MadeFigure(
-      drawing, NameOf("variance", t), trait.name + ": components of variance",
-      "Estimated components of variance of " +
-          (tables.size() == 1 ? std::string("1 analysis") : std::to_string(tables.size()) + " analyses") +
-          (all > tables.size() ? " (the first of " + std::to_string(all) + ")" : std::string()) +
-          ", as shares of their sum; estimates below 0 count as 0.");
 }
 
 }  // namespace reports

@@ -137,7 +137,9 @@ TEST(Check, TellsReportLineAndFacts) {
   EXPECT_EQ(bad.out,
             "--Input error: Illegal Markertype value in input file!\n"
             "  MarkerID, LineID, Markertype =        2       3  Q \n"
-            "bad.map, line 7\n");
+            "bad.map, line 7\n"
+            "bad.map: 1 fault in all\n"
+            "  line 7: marker m2: \"Q\" is no genotype (genotype 3)\n");
   const CommandResult both = RunCommand(sandbox, {"check", "--json", "good.map", "bad.map", "missing.map"});
   EXPECT_EQ(both.code, 3);
   const auto json = nlohmann::json::parse(both.out);

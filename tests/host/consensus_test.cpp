@@ -46,7 +46,8 @@ TEST(Consensus, JoinsMapsAndTellsWhereTheyDiffer) {
   sandbox.Write("both.cmp", kReversed);
   const CommandResult result = RunCommand(sandbox, {"consensus", "both.cmp"});
   ASSERT_EQ(result.code, 0) << result.err;
-  EXPECT_EQ(sandbox.Names(), (std::vector<std::string>{"both.cmp", "both.cmp.log", "both.consensus.tsv"}));
+  EXPECT_EQ(sandbox.Names(),
+            (std::vector<std::string>{"both.cmp", "both.cmp.log", "both.consensus.tsv", "both.report.html"}));
   EXPECT_EQ(sandbox.Read("both.consensus.tsv"),
             "marker\tplace\tposition\tnorth_place\tnorth_position\tsouth_place\tsouth_position\n"
             "a\t1\t0.0000\t1\t0.0000\t5\t40.0000\n"

@@ -57,8 +57,9 @@ TEST(Map, RecoversTwoChromosomes) {
           MapFileText({.markersPerChromosome = {8, 12}, .spaceType = spaceType, .lineEnd = lineEnd}));
       const CommandResult result = RunCommand(sandbox, {"map", "a cross.map"});
       ASSERT_EQ(result.code, 0) << result.err;
-      EXPECT_EQ(sandbox.Names(), (std::vector<std::string>{"a cross.bip", "a cross.map", "a cross.map.tsv",
-                                                           "a cross.met", "a cross.sdl"}));
+      EXPECT_EQ(sandbox.Names(),
+                (std::vector<std::string>{"a cross.bip", "a cross.map", "a cross.map.tsv", "a cross.met",
+                                          "a cross.report.html", "a cross.sdl"}));
       EXPECT_TRUE(std::filesystem::is_empty(sandbox.scratch));
       EXPECT_NE(result.out.find("20 markers x 150 lines, population 3 (F1DH), Haldane"), std::string::npos);
       const auto groups = Table(sandbox.Read("a cross.map.tsv"));
@@ -187,7 +188,8 @@ TEST(Map, JsonOtherFolderAndLongNames) {
   const std::string name(35, 'N');
   sandbox.Write("in/x.map", MapFileText({.markersPerChromosome = {6}, .longName = name}));
   std::filesystem::create_directory(sandbox.folder / "my results");
-  const CommandResult result = RunCommand(sandbox, {"map", "in/x.map", "-o", "my results/y", "--json"});
+  const CommandResult result =
+      RunCommand(sandbox, {"map", "in/x.map", "-o", "my results/y", "--json", "--no-report"});
   ASSERT_EQ(result.code, 0) << result.err;
   const auto json = nlohmann::json::parse(result.out);
   EXPECT_EQ(json["files"], (std::vector<std::string>{"my results/y.bip", "my results/y.map.tsv",
@@ -202,7 +204,8 @@ TEST(Map, JsonOtherFolderAndLongNames) {
   EXPECT_NE(sandbox.Read("my results/y.sdl").find("\n" + name + " "), std::string::npos);
   // The same input gives the same bytes.
   const std::string before = sandbox.Read("my results/y.map.tsv") + sandbox.Read("my results/y.bip");
-  EXPECT_EQ(RunCommand(sandbox, {"map", "in/x.map", "-o", "my results/y", "--json"}).out, result.out);
+  EXPECT_EQ(RunCommand(sandbox, {"map", "in/x.map", "-o", "my results/y", "--json", "--no-report"}).out,
+            result.out);
   EXPECT_EQ(sandbox.Read("my results/y.map.tsv") + sandbox.Read("my results/y.bip"), before);
 }
 

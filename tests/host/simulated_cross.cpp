@@ -121,7 +121,7 @@ ClonalText ClonalFileText(const SimulatedClonal& cross) {
 }
 
 std::string MultiParentFileText(const SimulatedParents& cross) {
-  const std::string patterns[] = {"ABCD", "AABB", "ABCD", "ABAB", "ABCD", "ABBA"};
+  const std::string patterns[] = {"ABCD", "AACC", "ABCD", "ABAB", "ABCD", "ABBA"};
   std::mt19937 generator(cross.seed);
   std::vector<std::pair<std::string, std::string>> rows;
   for (std::size_t c = 0; c < cross.markersPerChromosome.size(); ++c) {

@@ -38,7 +38,7 @@ struct ClonalText {
 ClonalText ClonalFileText(const SimulatedClonal& cross);
 
 // Doubled haploids of (AxB)x(CxD) as text of a PLM file; all letters differ (ABCD) at every other marker, the
-// others have two alleles (AABB, ABAB, ABBA in turn), and different ones tell nothing about each other.
+// others have two alleles (AACC, ABAB, ABBA in turn), and different ones tell nothing about each other.
 struct SimulatedParents {
   std::vector<int> markersPerChromosome = {};
   int lines = 200;

@@ -131,6 +131,21 @@ TEST(Export, AMapOfTheCommandGoesOutWithItsGenotypes) {
   }
 }
 
+TEST(Export, WhatGoesOutComesBackIn) {
+  const Sandbox sandbox;
+  const std::string input = EXAMPLES_DIR "/listeria.map";
+  ASSERT_EQ(RunCommand(sandbox, {"map", input, "--lod", "6", "-o", "x", "--quiet"}).code, 0);
+  ASSERT_EQ(RunCommand(sandbox, {"export", "rqtl", "x.map.tsv", "--genotypes", input, "-o", "x.csv"}).code,
+            0);
+  const CommandResult back =
+      RunCommand(sandbox, {"import", "csv", "x.csv", "--population", "F2", "-o", "back"});
+  ASSERT_EQ(back.code, 0) << back.err;
+  const auto before = PlainGenotypes(input, 120);
+  const auto after = PlainGenotypes((sandbox.folder / "back.map").string(), 120);
+  EXPECT_GT(after.size(), 120U);
+  for (const auto& [name, row] : after) EXPECT_EQ(row, before.at(name)) << name;
+}
+
 struct FailureCase {
   const char* what;
   std::vector<std::string> arguments;

@@ -21,7 +21,7 @@ struct Case {
   string outcome;  // or a part of the words of a refusal
 };
 
-void Run(std::span<const Case> cases) {
+void ExpectOutcomes(std::span<const Case> cases) {
   for (const Case& c : cases) {
     const Sandbox sandbox;
     sandbox.Write("x_map.csv", "marker,chr,pos\nm1,1,0\nm2,X,5\n");
@@ -110,7 +110,7 @@ TEST(Formats, Rqtl) {
        {},
        "refused: there are no lines below"},
   };
-  Run(cases);
+  ExpectOutcomes(cases);
 }
 
 TEST(Formats, MapmakerAndOneMap) {
@@ -197,7 +197,7 @@ TEST(Formats, MapmakerAndOneMap) {
        {},
        "refused: line 1: a raw file begins with \"data type\""},
   };
-  Run(cases);
+  ExpectOutcomes(cases);
 }
 
 const string kMst =
@@ -290,7 +290,7 @@ TEST(Formats, MstMapAndJoinMap) {
        {},
        "refused: line 6: locus m: \"mm\" is no genotype of <lmxll>"},
   };
-  Run(cases);
+  ExpectOutcomes(cases);
 }
 
 TEST(Formats, PlainTables) {
@@ -343,7 +343,7 @@ TEST(Formats, PlainTables) {
        {},
        "refused: cannot hold population 4PDH"},
   };
-  Run(cases);
+  ExpectOutcomes(cases);
   const Sandbox sandbox;
   Request request = Asked("F2");
   request.missing = {"nd", "H"};

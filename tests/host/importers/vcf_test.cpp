@@ -202,6 +202,16 @@ TEST(Vcf, FaultsAreToldWithTheirLine) {
   }
 }
 
+TEST(Vcf, WrongParentsAreDoubted) {
+  const Sandbox sandbox;
+  const auto [table, ledger] =
+      ImportText(sandbox, Format::Vcf, Vcf("M F a b c d", "1 1 m . GT 0/1 0/0 0/1 0/0 1/1 1/1\n"),
+                 Asked("CP", {"M", "F"}));
+  EXPECT_EQ(ledger.notes,
+            std::vector<string>{
+                "more than one genotype in ten cannot come of these parents; are they the parents?"});
+}
+
 TEST(Vcf, MostGenotypesMustFitThePopulation) {
   const Sandbox sandbox;
   const string rows = "1 1 m . GT 0/0 1/1 0/1 0/1 0/0\n1 2 n . GT 0/0 1/1 0/1 1/1 0/1\n";

@@ -18,7 +18,15 @@ namespace {
 
 // Runs when the page is there and leaves what it found in an attribute of the document.
 constexpr std::string_view kProbe = R"(<script>
-addEventListener('load', async () => {
+// The load of the page waits for these copies of the images inside the figures.
+addEventListener('DOMContentLoaded', () => {
+  for (const element of document.querySelectorAll('svg image')) {
+    const copy = document.body.appendChild(new Image());
+    copy.src = element.href.baseVal;
+    copy.className = element.closest('figure').id;
+  }
+});
+addEventListener('load', () => {
   const figures = [];
   for (const svg of document.querySelectorAll('figure svg')) {
     const whole = svg.getBoundingClientRect(), marks = svg.querySelector('g').getBBox();
@@ -31,14 +39,9 @@ addEventListener('load', async () => {
       const high = Math.min(a.box.bottom, b.box.bottom) - Math.max(a.box.top, b.box.top);
       if (wide > 2 && high > 4) met.push(b.text + ' | ' + a.text);
     }));
-    let images = 0;
-    for (const element of svg.querySelectorAll('image')) {
-      const image = new Image();
-      image.src = element.href.baseVal;
-      await image.decode();
-      images += image.naturalWidth > 1 ? 1 : 0;
-    }
-    figures.push({name: svg.closest('figure').id, width: marks.width, height: marks.height,
+    const id = svg.closest('figure').id;
+    const images = [...document.querySelectorAll('img.' + id)].filter(image => image.naturalWidth > 1).length;
+    figures.push({name: id, width: marks.width, height: marks.height,
                   shown: whole.width, elements: svg.querySelectorAll('g *').length, images,
                   cut: cut.map(label => label.text), met});
   }
@@ -46,7 +49,7 @@ addEventListener('load', async () => {
                                                                .filter(to => !/^(#|data:)/.test(to));
   document.documentElement.dataset.found = JSON.stringify({
     figures, outside, links: [...document.querySelectorAll('nav a')].filter(a => !document.querySelector(a.getAttribute('href'))).length,
-    wide: document.documentElement.scrollWidth > innerWidth});
+    wide: document.querySelector('main').scrollWidth > innerWidth});
 });
 </script>)";
 
@@ -68,8 +71,8 @@ Seen Look(const Sandbox& sandbox, std::string page, int width = 1100) {
   page.insert(page.find("<meta"), kProbe);
   const std::filesystem::path file = sandbox.Write("page.html", page);
   const std::string command =
-      "chromium --headless --no-sandbox --disable-gpu --no-first-run --enable-logging=stderr "
-      "--virtual-time-budget=20000 --window-size=" +
+      "timeout 120 chromium --headless --no-sandbox --disable-gpu --no-first-run --enable-logging=stderr "
+      "--window-size=" +
       std::to_string(width) + ",900 --user-data-dir='" + (sandbox.scratch / "browser").string() +
       "' --dump-dom 'file://" + file.string() + "' >'" + (sandbox.folder / "dom").string() + "' 2>'" +
       (sandbox.folder / "log").string() + "'";
@@ -154,7 +157,8 @@ TEST(Browser, ShowsConsensusMapsOnANarrowScreen) {
   EXPECT_EQ(Faults(Look(sandbox, ConsensusPage(report, figures), 500), 2), std::vector<std::string>());
 }
 
-// The look itself finds an empty figure, a message on the console, a missing file, and labels cut or on top of each other.
+// The look itself finds an empty figure, a broken image, a message on the console, a missing file, and labels that
+// are cut or on top of each other.
 TEST(Browser, FindsWhatIsWrong) {
   const SampleMap sample = SampleMapReport({{5, 4}, 10});
   std::vector<Figure> figures = MapFigures(sample.report);
@@ -162,6 +166,7 @@ TEST(Browser, FindsWhatIsWrong) {
   figures[0].svg.replace(figures[0].svg.find("<line"),
                          figures[0].svg.rfind("</g>") - figures[0].svg.find("<line"), "");
   figures[1].svg.insert(figures[1].svg.rfind("</g>"), "<text x=\"-20\" y=\"30\">left</text>");
+  figures[2].svg.replace(figures[2].svg.find("base64,") + 7, 8, "AAAAAAAA");
   figures[3].svg.insert(figures[3].svg.rfind("</g>"),
                         "<text x=\"9\" y=\"30\">one</text><text x=\"9\" y=\"31\">two</text>");
   std::string page = MapPage(sample.report, figures);
@@ -171,8 +176,8 @@ TEST(Browser, FindsWhatIsWrong) {
   std::string all;
   for (const std::string& fault : faults) all += fault + "\n";
   for (const std::string expected :
-       {"broken", "gone.png", "map_overview: empty", "map_ladder: cut labels [\"left\"]",
-        "lod_sweep: labels that meet [\"one | two\"]"}) {
+       {"broken", "gone.png", "map_overview: empty", "pair_heat_map: no image",
+        "map_ladder: cut labels [\"left\"]", "lod_sweep: labels that meet [\"one | two\"]"}) {
     EXPECT_NE(all.find(expected), std::string::npos) << expected << "\n" << all;
   }
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -154,7 +155,9 @@ TEST(Shades, PngHoldsThePixels) {
       EXPECT_EQ(Big(body, 4), 6U);
       EXPECT_EQ(Big(body, 8), 4U);
     }
-    if (type == "PLTE") EXPECT_EQ(body.substr(4), std::string("\x01\x02\x03\x28\x32\x3c\xff\x00\x09", 9));
+    if (type == "PLTE") {
+      EXPECT_EQ(body.substr(4), std::string("\x01\x02\x03\x28\x32\x3c\xff\x00\x09", 9));
+    }
     if (type == "IDAT") {
       uLongf size = 100;
       pixels.resize(size);

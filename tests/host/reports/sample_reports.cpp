@@ -29,7 +29,7 @@ RunFacts SampleRun(const std::string& title, const std::string& kind) {
   run.versions = {{"tessarmont", "0.1.0"}};
   run.arguments = {"tessarmont", "map", "my cross.map", "--lod", "3"};
   run.inputs = {{"my cross.map", Sha256("a cross")}};
-  run.ledger = {{"markers read", 21, ""}, {"markers dropped", 2, "more than 20 % missing"}};
+  run.ledger = {{"markers read", 21, ""}, {"markers dropped", 2, "more than 20 % <missing>"}};
   run.warnings = {"LG2: 1 pair of neighbours in repulsion",
                   "a pair with few informative lines: <m1> & \"m2\""};
   run.files = {"my cross.map.tsv", "my cross.bip"};
