@@ -1,9 +1,10 @@
-// The trial analysis: the library against the plain transcription at 20,000 plots, whose files are compared
-// first, and the library's stages at 1,000,000 plots (500 genotypes, 50 environments, 4 blocks, 3 traits)
-// beside the time that reading the bytes and converting the numbers alone takes.
+// The trial analysis: the library against the plain transcription at 20,000 plots, and at 1,000,000 plots (500
+// genotypes, 50 environments, 4 blocks, 3 traits) the whole and its stages beside the time that reading the
+// bytes and converting the numbers alone takes.
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include <random>
 #include <string>
 
+#include "bench/side_by_side.h"
 #include "platform/unit.h"
 #include "tests/reference/trial_plain.h"
 #include "trial/analysis.h"
@@ -23,6 +25,7 @@
 #include "trial/correlations.h"
 #include "trial/frequency_tables.h"
 #include "trial/means.h"
+#include "trial/names.h"
 #include "trial/quantile_tables.h"
 #include "trial/trial_table.h"
 
@@ -33,7 +36,8 @@ constexpr int32_t kOut = 1001;
 constexpr int32_t kColumns = 6;
 constexpr int32_t kClasses = 10;
 constexpr int32_t kLarge = 1000000;
-constexpr int32_t kSmall = 20000;
+constexpr const char* kLargeTable = "large.txt";
+constexpr const char* kExtensions[] = {".aov", ".egv", ".frq", ".qqp", ".coe", ".pca", ".pcp"};
 
 // A table of so many plots in the current folder; the values keep what the text says.
 reference::Trial WriteTable(const std::string& name, int32_t plots) {
@@ -63,157 +67,161 @@ std::string ReadFile(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void OpenLog() { platform::OpenUnit(kLog, "ANOVA.log", platform::OpenStatus::Replace); }
-
-const std::string& LargeTable() {
-  static const std::string name = [] {
-    WriteTable("large.txt", kLarge);
-    return std::string("large.txt");
-  }();
-  return name;
-}
-
-const trial::TrialTable& Large() {
-  static const trial::TrialTable table = [] {
-    trial::TrialTable read;
-    OpenLog();
-    trial::ReadTrialTable(kLog, kLarge, kColumns, LargeTable(), read);
-    platform::CloseUnit(kLog);
-    return read;
-  }();
-  return table;
-}
-
-void SmallLibrary(benchmark::State& state) {
-  WriteTable("small.txt", kSmall);
-  for (auto _ : state) {
-    OpenLog();
-    trial::RunTrialAnalysis(kLog, kSmall, kColumns, kClasses, "small.txt");
-    platform::CloseUnit(kLog);
-  }
-}
-BENCHMARK(SmallLibrary)->Unit(benchmark::kMillisecond);
-
-void SmallPlain(benchmark::State& state) {
-  const reference::Trial input = WriteTable("small.txt", kSmall);
-  OpenLog();
-  trial::RunTrialAnalysis(kLog, kSmall, kColumns, kClasses, "small.txt");
+void Analyse(const std::string& table, int32_t plots) {
+  platform::OpenUnit(kLog, "ANOVA.log", platform::OpenStatus::Replace);
+  trial::RunTrialAnalysis(kLog, plots, kColumns, kClasses, table);
   platform::CloseUnit(kLog);
-  const char* const extensions[] = {".aov", ".egv", ".frq", ".qqp", ".coe", ".pca", ".pcp"};
-  for (auto _ : state) {
-    const reference::TrialFiles plain = reference::AnalyseTrialPlain(input, kClasses);
-    for (int f = 0; f < 7; ++f) {
-      if (plain.text[f] != ReadFile(std::string("small") + extensions[f])) {
-        std::fprintf(stderr, "the answers differ: %s\n", extensions[f]);
-        std::abort();
-      }
-    }
-  }
 }
-BENCHMARK(SmallPlain)->Unit(benchmark::kMillisecond)->Iterations(1);
+
+// Against the plain transcription, whose table is in memory already.
+struct Transcription {
+  explicit Transcription(int32_t count) : plots(count), input(WriteTable("small.txt", count)) {}
+  void Plain() { plain = reference::AnalyseTrialPlain(input, kClasses); }
+  void Library() { Analyse("small.txt", plots); }
+  bool Same() const {
+    for (std::size_t f = 0; f < std::size(kExtensions); ++f) {
+      if (plain.text[f] != ReadFile(std::string("small") + kExtensions[f])) return false;
+    }
+    return true;
+  }
+
+  int32_t plots;
+  reference::Trial input;
+  reference::TrialFiles plain;
+};
 
 // The yardstick: the file's bytes in memory and its three million numbers converted, with names stepped over.
-void LargeBytesAndNumbers(benchmark::State& state) {
-  const std::string& name = LargeTable();
-  for (auto _ : state) {
-    std::string text(std::filesystem::file_size(name), ' ');
-    std::ifstream(name, std::ios::binary).read(text.data(), static_cast<std::streamsize>(text.size()));
-    float sum = 0;
-    const char* p = text.data() + text.find('\n') + 1;
-    const char* const end = text.data() + text.size();
-    while (p < end) {
-      for (int column = 0; column < kColumns; ++column) {
-        float value = 0;
-        const char* q = p;
-        if (column < 3) {
-          while (*q != ' ') {
-            ++q;
-          }
-        } else {
-          q = std::from_chars(p, end, value).ptr;
+float BytesAndNumbers() {
+  std::string text(std::filesystem::file_size(kLargeTable), ' ');
+  std::ifstream(kLargeTable, std::ios::binary).read(text.data(), static_cast<std::streamsize>(text.size()));
+  float sum = 0;
+  const char* p = text.data() + text.find('\n') + 1;
+  const char* const end = text.data() + text.size();
+  while (p < end) {
+    for (int column = 0; column < kColumns; ++column) {
+      float value = 0;
+      const char* q = p;
+      if (column < 3) {
+        while (*q != ' ') {
+          ++q;
         }
-        sum += value;
-        p = q + 1;
+      } else {
+        q = std::from_chars(p, end, value).ptr;
       }
+      sum += value;
+      p = q + 1;
     }
-    benchmark::DoNotOptimize(sum);
+  }
+  return sum;
+}
+
+enum class Stage { Whole, Reading, Anova, Means, Frequencies, Quantiles, Correlations, Biplots };
+struct StageRow {
+  Stage stage;
+  const char* name;
+  const char* extension;  // of the file that it writes; the biplots' other one is not compared
+  bench::Bar bar;
+};
+constexpr StageRow kStages[] = {
+    {Stage::Whole, "whole", "", {1.0 / 12, 1.0 / 3}},   {Stage::Reading, "reading", "", {1.0 / 5, 0}},
+    {Stage::Anova, "analyses of variance", ".aov", {}}, {Stage::Means, "means", ".egv", {}},
+    {Stage::Frequencies, "frequencies", ".frq", {}},    {Stage::Quantiles, "quantiles", ".qqp", {1.0 / 6, 0}},
+    {Stage::Correlations, "correlations", ".coe", {}},  {Stage::Biplots, "biplots", ".pca", {}},
+};
+
+void ReadLarge(trial::TrialTable& table) {
+  platform::OpenUnit(kLog, "ANOVA.log", platform::OpenStatus::Replace);
+  trial::ReadTrialTable(kLog, kLarge, kColumns, kLargeTable, table);
+  platform::CloseUnit(kLog);
+}
+
+void RunAnova(trial::TrialTable& table) {
+  for (std::size_t t = 0; t < table.Trait.size(); ++t) {
+    const std::string_view name = trial::Text(table.TraitName[t]);
+    trial::AnalyseEnvironments(table, kOut, name, table.Trait[t]);
+    trial::CombinedAnova(kOut, name, table.Trait[t]);
   }
 }
-BENCHMARK(LargeBytesAndNumbers)->Unit(benchmark::kMillisecond);
-
-void LargeRead(benchmark::State& state) {
-  const std::string& name = LargeTable();
-  for (auto _ : state) {
-    trial::TrialTable table;
-    OpenLog();
-    trial::ReadTrialTable(kLog, kLarge, kColumns, name, table);
-    platform::CloseUnit(kLog);
-    benchmark::DoNotOptimize(table.Trait.data());
-  }
-}
-BENCHMARK(LargeRead)->Unit(benchmark::kMillisecond);
-
-enum Stage : int64_t { kAnova, kMeans, kFrequencies, kQuantiles, kCorrelations, kBiplots };
 
 void RunStage(Stage stage, trial::TrialTable& table) {
   switch (stage) {
-    case kAnova:
-      for (trial::TrialTrait& trait : table.Trait) {
-        trial::AnalyseEnvironments(table, kOut, "trait", trait);
-        trial::CombinedAnova(kOut, "trait", trait);
-      }
-      break;
-    case kMeans:
-      trial::WriteMeansAndPredictions(kOut, table);
-      break;
-    case kFrequencies:
-      trial::FrequencyTables(kOut, kClasses, table);
-      break;
-    case kQuantiles:
-      trial::QuantileTables(kOut, table);
-      break;
-    case kCorrelations:
-      trial::CorrelationTables(kOut, table);
-      break;
-    case kBiplots:
-      trial::BiplotAnalysis(kOut, kOut, table);
-      break;
+    case Stage::Whole:
+      Analyse(kLargeTable, kLarge);
+      return;
+    case Stage::Reading: {
+      trial::TrialTable read;
+      ReadLarge(read);
+      std::swap(table, read);
+      return;
+    }
+    case Stage::Anova:
+      return RunAnova(table);
+    case Stage::Means:
+      return trial::WriteMeansAndPredictions(kOut, table);
+    case Stage::Frequencies:
+      return trial::FrequencyTables(kOut, kClasses, table);
+    case Stage::Quantiles:
+      return trial::QuantileTables(kOut, table);
+    case Stage::Correlations:
+      return trial::CorrelationTables(kOut, table);
+    case Stage::Biplots:
+      return trial::BiplotAnalysis(kOut, kOut + 1, table);
   }
 }
 
-void LargeStage(benchmark::State& state) {
-  const char* const labels[] = {"analyses of variance", "means",  "frequencies", "quantiles",
-                                "correlations",         "biplots"};
-  trial::TrialTable table = Large();
-  for (auto _ : state) {
+// A stage writes the very file that the whole writes.
+struct LargeStage {
+  explicit LargeStage(const StageRow& which) : row(which) {
+    if (!std::filesystem::exists(kLargeTable)) {
+      WriteTable(kLargeTable, kLarge);
+      Analyse(kLargeTable, kLarge);
+    }
+    if (row.stage != Stage::Whole) {
+      ReadLarge(table);
+      platform::OpenUnit(kOut, "stage.out", platform::OpenStatus::Replace);
+      RunAnova(table);  // means and frequencies show its predictions
+      platform::CloseUnit(kOut);
+    }
+  }
+  void Plain() { sum = BytesAndNumbers(); }
+  void Library() {
     platform::OpenUnit(kOut, "stage.out", platform::OpenStatus::Replace);
-    RunStage(static_cast<Stage>(state.range(0)), table);
+    if (row.stage == Stage::Whole) platform::CloseUnit(kOut);
+    if (row.stage == Stage::Biplots) {
+      platform::OpenUnit(kOut + 1, "stage.pcp", platform::OpenStatus::Replace);
+    }
+    RunStage(row.stage, table);
     platform::CloseUnit(kOut);
+    platform::CloseUnit(kOut + 1);
   }
-  state.SetLabel(labels[state.range(0)]);
-}
-BENCHMARK(LargeStage)->DenseRange(kAnova, kBiplots)->Unit(benchmark::kMillisecond);
+  bool Same() const {
+    if (!std::isfinite(sum) || sum <= 0) return false;
+    if (row.stage == Stage::Whole)
+      return std::filesystem::file_size("large.qqp") > std::size_t{12} * 2 * 3 * kLarge;
+    if (row.stage == Stage::Reading) return table.Trait.size() == 3 && table.Trait[2].Value.size() == kLarge;
+    return ReadFile("stage.out") == ReadFile(std::string("large") + row.extension);
+  }
 
-void LargeWhole(benchmark::State& state) {
-  const std::string& name = LargeTable();
-  for (auto _ : state) {
-    OpenLog();
-    trial::RunTrialAnalysis(kLog, kLarge, kColumns, kClasses, name);
-    platform::CloseUnit(kLog);
-  }
-}
-BENCHMARK(LargeWhole)->Unit(benchmark::kMillisecond);
+  StageRow row;
+  trial::TrialTable table;
+  float sum = 0;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
   std::string folder = (std::filesystem::temp_directory_path() / "tessarmont-bench-XXXXXX").string();
   if (mkdtemp(folder.data()) == nullptr) {
     return EXIT_FAILURE;
   }
   std::filesystem::current_path(folder);
-  benchmark::RunSpecifiedBenchmarks();
+  bench::Add<Transcription>("trial: 20000 plots", int32_t{20000}, 20000, {50, 50});
+  for (const StageRow& row : kStages) {
+    bench::Add<LargeStage>(std::string("trial over reading and converting 1000000 plots: ") + row.name, row,
+                           0, row.bar);
+  }
+  const int result = bench::Run(argc, argv);
   std::filesystem::current_path("/");
   std::filesystem::remove_all(folder);
+  return result;
 }

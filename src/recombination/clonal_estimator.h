@@ -10,7 +10,7 @@ namespace recombination {
 
 template <class R>
 struct ClonalAnswer {
-  R rec[3], lod[3];
+  R rec[3], lod[3], distance[3];
 };
 
 template <class R>
@@ -91,14 +91,12 @@ inline R PooledNewton(const NewtonCounts<R>& c, const R& start, float notANumber
   return Select<R>(IsNumber<R>(r), r, Splat<R>(notANumber));
 }
 
-// Counts behind the total: cells 0 and 15, 2 and 13, 1 and 11, 3 and 9, 5 and 10, 7 and 8.
+// The parents' frequencies are known. Counts behind the total: cells 0 and 15, 2 and 13, 1 and 11, 3 and 9,
+// 5 and 10, 7 and 8.
 template <class R>
 inline void WithIntercross(ClonalModel model, const R* c, ClonalAnswer<R>& x) {
   const R &z = c[1], &y = c[2], &v = c[3], &d = c[4], &w = c[5], &t = c[6];
   const bool five = model == ClonalModel::WithFive;
-  TwoClassParent<R>(z + y, w + t, x.rec[0], x.lod[0]);
-  const R one = t + z, other = w + y;
-  TwoClassParent<R>(five ? other : one, five ? one : other, x.rec[1], x.lod[1]);
   const R p1 = x.rec[0], p2 = x.rec[1], s1 = 1.0f - p1, s2 = 1.0f - p2;
   const R f2 = five ? s2 : p2, g2 = five ? p2 : s2;
   const R counts[6] = {z, y, v, d, w, t};
@@ -172,60 +170,117 @@ inline void BetterPhases(const R* c, ClonalAnswer<R>& x) {
   }
 }
 
+// The mean of one parent alone is its frequency folded, of the same distance.
 template <class R>
-inline void EstimateClonalPair(ClonalModel model, const R* c, ClonalAnswer<R>& x) {
-  for (size_t k = 0; k < 3; ++k) {
-    x.rec[k] = Splat<R>(0.5f);
-    x.lod[k] = R{};
-  }
+inline void FillOther(size_t parent, ClonalAnswer<R>& x) {
+  const size_t other = 1 - parent;
+  x.rec[other] = Splat<R>(0.5f);
+  x.lod[other] = R{};
+  x.distance[other] = Splat<R>(kUnlinkedDistance);
+  x.rec[2] = FoldedRec<R>(x.rec[parent]);
+  x.lod[2] = x.lod[parent];
+  x.distance[2] = x.distance[parent];
+}
+
+// Which distances are still to be found.
+enum class Distances { None, Mean, All };
+
+template <class R>
+inline Distances EstimateClonalPair(ClonalModel model, const R* c, ClonalAnswer<R>& x) {
   switch (model) {
-    case ClonalModel::Nothing:
-      return;
-    case ClonalModel::BothParents:
-      TwoClassParent<R>(c[1], c[2], x.rec[0], x.lod[0]);
-      TwoClassParent<R>(c[3], c[4], x.rec[1], x.lod[1]);
-      x.rec[2] = PooledRec<R>(x.rec[0], x.rec[1]);
-      break;
     case ClonalModel::FirstParent:
-      TwoClassParent<R>(c[1], c[2], x.rec[0], x.lod[0]);
-      x.rec[2] = FoldedRec<R>(x.rec[0]);
-      break;
     case ClonalModel::SecondParent:
-      TwoClassParent<R>(c[1], c[2], x.rec[1], x.lod[1]);
-      x.rec[2] = FoldedRec<R>(x.rec[1]);
-      break;
+      FillOther<R>(model == ClonalModel::FirstParent ? 0 : 1, x);
+      return Distances::None;
+    case ClonalModel::BothParents:
+      x.rec[2] = PooledRec<R>(x.rec[0], x.rec[1]);
+      x.lod[2] = x.lod[0] + x.lod[1];
+      return Distances::Mean;
     case ClonalModel::WithFour:
     case ClonalModel::WithFourPhase:
     case ClonalModel::WithFive:
-      return WithIntercross<R>(model, c, x);
+      WithIntercross<R>(model, c, x);
+      return Distances::Mean;
     case ClonalModel::Coupling:
     case ClonalModel::FiveFive:
-      return CouplingPhases<R>(model == ClonalModel::FiveFive, c, x);
+      CouplingPhases<R>(model == ClonalModel::FiveFive, c, x);
+      return Distances::All;
     case ClonalModel::TwoPhases:
-      return BetterPhases<R>(c, x);
+      BetterPhases<R>(c, x);
+      return Distances::All;
     case ClonalModel::FourFive:
-      return MixedPhases<R>(c, x);
+      MixedPhases<R>(c, x);
+      return Distances::All;
+    default:
+      FillOther<R>(0, x);
+      FillOther<R>(1, x);
+      return Distances::None;
   }
-  x.lod[2] = x.lod[0] + x.lod[1];
+}
+
+template <class R>
+inline R LoadReals(const float* from) {
+  R value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+template <class R>
+inline R LoadCounts(const int32_t* from) {
+  Mask<R> whole;
+  std::memcpy(&whole, from, sizeof whole);
+  return __builtin_convertvector(whole, R);
+}
+
+template <class R>
+inline void EstimateParents(const ClonalLaneJob& job) {
+  for (size_t at = 0; at < job.count; at += kLanes<R>) {
+    const R lines = LoadCounts<R>(job.counts + job.stride + at),
+            changed = LoadCounts<R>(job.counts + 2 * job.stride + at);
+    R rec, lod;
+    TwoClassParent<R>(lines - changed, changed, rec, lod);
+    const R distance = DistanceOf<R>(job.mappingFunction, rec);
+    std::memcpy(job.rec[0] + at, &rec, sizeof rec);
+    std::memcpy(job.lod[0] + at, &lod, sizeof lod);
+    std::memcpy(job.distance[0] + at, &distance, sizeof distance);
+  }
+}
+
+// Limits the LODs and tells the phase; pairs without lines get their answer.
+template <class R>
+inline void StoreAnswer(const ClonalLaneJob& job, size_t at, const R& lines, const ClonalAnswer<R>& x) {
+  const Mask<R> seen = lines >= 1.0f;
+  for (size_t k = 0; k < 3; ++k) {
+    const R rec = Select<R>(seen, x.rec[k], Splat<R>(0.5f));
+    const R lod = Select<R>(seen & Not<R>(x.lod[k] < 0.0f), x.lod[k], R{});
+    const R distance = Select<R>(seen, x.distance[k], Splat<R>(kUnlinkedDistance));
+    std::memcpy(job.rec[k] + at, &rec, sizeof rec);
+    std::memcpy(job.lod[k] + at, &lod, sizeof lod);
+    std::memcpy(job.distance[k] + at, &distance, sizeof distance);
+  }
+  // a true lane is -1
+  const Mask<R> phase = 1 - 2 * Mask<R>(x.rec[0] > 0.5f) - Mask<R>(x.rec[1] > 0.5f);
+  std::memcpy(job.phase + at, &phase, sizeof phase);
 }
 
 template <class R>
 void EstimateClonal(const ClonalLaneJob& job) {
+  if (job.model == ClonalModel::OneParent) return EstimateParents<R>(job);
   for (size_t at = 0; at < job.count; at += kLanes<R>) {
     R counts[kMostCounts];
-    for (size_t k = 0; k < kMostCounts; ++k)
-      std::memcpy(&counts[k], job.counts + k * job.stride + at, sizeof(R));
+    for (size_t k = 0; k < kMostCounts; ++k) counts[k] = LoadCounts<R>(job.counts + k * job.stride + at);
     ClonalAnswer<R> x;
-    EstimateClonalPair<R>(job.model, counts, x);
-    const Mask<R> seen = counts[0] >= 1.0f;
-    for (size_t k = 0; k < 3; ++k) {
-      const R rec = Select<R>(seen, x.rec[k], Splat<R>(0.5f));
-      const R lod = Select<R>(seen & Not<R>(x.lod[k] < 0.0f), x.lod[k], R{});
-      const R distance = DistanceOf<R>(job.mappingFunction, rec);
-      std::memcpy(job.rec[k] + at, &rec, sizeof rec);
-      std::memcpy(job.lod[k] + at, &lod, sizeof lod);
-      std::memcpy(job.distance[k] + at, &distance, sizeof distance);
+    for (size_t k = 0; k < 2; ++k) {
+      x.rec[k] = LoadReals<R>(job.rec[k] + at);
+      x.lod[k] = LoadReals<R>(job.lod[k] + at);
+      x.distance[k] = LoadReals<R>(job.distance[k] + at);
     }
+    const Distances missing = EstimateClonalPair<R>(job.model, counts, x);
+    if (missing != Distances::None) x.distance[2] = DistanceOf<R>(job.mappingFunction, x.rec[2]);
+    if (missing == Distances::All) {
+      x.distance[0] = DistanceOf<R>(job.mappingFunction, x.rec[0]);
+      x.distance[1] = DistanceOf<R>(job.mappingFunction, x.rec[1]);
+    }
+    StoreAnswer<R>(job, at, counts[0], x);
   }
 }
 

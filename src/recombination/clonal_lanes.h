@@ -9,9 +9,10 @@ namespace recombination {
 // What two categories come to. counts[0] is always the number of lines that both markers show.
 enum class ClonalModel : int32_t {
   Nothing,
-  BothParents,    // 1, 2: AB parent not recombinant and recombinant; 3, 4: CD parent
-  FirstParent,    // 1, 2: AB parent
-  SecondParent,   // 1, 2: CD parent
+  OneParent,     // 1: lines that tell of the parent; 2: recombinant ones
+  FirstParent,   // what the AB parent alone tells
+  SecondParent,  // the CD parent
+  BothParents,
   WithFour,       // an ABCD marker with AB=CD: six classes
   WithFourPhase,  // and once more by the phases found
   WithFive,       // with A=D,B=C
@@ -22,14 +23,17 @@ enum class ClonalModel : int32_t {
 };
 inline constexpr size_t kMostCounts = 7;
 
-// Many pairs of one model at once.
+// Many pairs of one model at once. OneParent gives rec[0], lod[0] and distance[0], not yet limited. The models
+// of parents, and those of an ABCD marker, find these in the places of the parents; what they and the others
+// give is ready for the caller.
 struct ClonalLaneJob {
   ClonalModel model;
   int32_t mappingFunction;
-  const float* counts;  // count k of pair t at counts[k * stride + t]
+  const int32_t* counts;  // count k of pair t at counts[k * stride + t]
   size_t stride;
   size_t count;  // rounded up to kMostLanes by the routines: room and readable counts must be there
   std::array<float*, 3> rec, lod, distance;
+  int32_t* phase;
 };
 
 // One routine an instruction set, the same results from each. A pair without lines gets 0.5, 0 and 1000.

@@ -5,8 +5,10 @@
 #include <memory>
 #include <vector>
 
+#include "recombination/clonal_counts.h"
+#include "recombination/clonal_estimator.h"
 #include "recombination/clonal_lanes.h"
-#include "recombination/pair_counts.h"
+#include "recombination/map_functions.h"
 #include "recombination/pair_index.h"
 #include "recombination/pair_lanes.h"
 #include "stats/generator.h"
@@ -14,63 +16,51 @@
 namespace recombination {
 namespace {
 
-constexpr size_t kWordBits = 64, kRun = 512;  // pairs of one row taken together
+constexpr size_t kMostTwoClass = size_t{1} << 20;  // entries of 16 bytes
 
-// The four classes of a letter; the gamete of the AB parent, then of the CD parent; any class.
-enum ClonalPlane : uint8_t { kClass0, kClass1, kClass2, kClass3, kHigh0, kHigh1, kLow0, kLow1, kSeen };
-constexpr size_t kClonalPlanes = 9;
-
-// Adds to a count of ClonalLaneJob the lines that show one plane at the first and one at the second marker.
-struct Term {
-  uint8_t count, first, second;
-};
-struct Terms {
-  std::array<Term, 13> term{};
-  size_t size = 0;
-};
-constexpr void Add(Terms& terms, uint8_t count, uint8_t first, uint8_t second) {
+constexpr void Add(ClonalTerms& terms, uint8_t count, uint8_t first, uint8_t second) {
   terms.term[terms.size++] = {count, first, second};
 }
 // Cells of the table are 8 h1 + 4 h2 + 2 l1 + l2, with h and l the bits of the two markers' classes.
-constexpr void AddCells(Terms& terms, uint8_t count, std::initializer_list<int> cells) {
+constexpr void AddCells(ClonalTerms& terms, uint8_t count, std::initializer_list<int> cells) {
   for (const int u : cells) {
     Add(terms, count, static_cast<uint8_t>((u >> 3 & 1) * 2 + (u >> 1 & 1)),
         static_cast<uint8_t>((u >> 2 & 1) * 2 + (u & 1)));
   }
 }
-constexpr void AddParent(Terms& terms, uint8_t count, uint8_t zero, uint8_t one) {
-  Add(terms, count, zero, zero);
-  Add(terms, count, one, one);
-  Add(terms, count + 1, zero, one);
-  Add(terms, count + 1, one, zero);
+constexpr void AddChanged(ClonalTerms& terms, uint8_t count, uint8_t zero, uint8_t one) {
+  Add(terms, count, zero, one);
+  Add(terms, count, one, zero);
 }
 enum class Cells { None, BothParents, AB, CD, TwoFour, ThreeFour, TwoFive, Six, Four };
-constexpr Terms TermsOf(Cells cells) {
-  Terms terms;
+constexpr ClonalTerms TermsOf(Cells cells) {
+  ClonalTerms terms;
   Add(terms, 0, kSeen, kSeen);
   switch (cells) {
     case Cells::None:
       break;
     case Cells::BothParents:
-      AddParent(terms, 1, kHigh0, kHigh1);
-      AddParent(terms, 3, kLow0, kLow1);
+      AddChanged(terms, 1, kHigh0, kHigh1);
+      AddChanged(terms, 2, kLow0, kLow1);
       break;
     case Cells::AB:
-      AddParent(terms, 1, kHigh0, kHigh1);
+      Add(terms, 1, kSeen, kSeen);
+      AddChanged(terms, 2, kHigh0, kHigh1);
       break;
     case Cells::CD:
-      AddParent(terms, 1, kLow0, kLow1);
+      Add(terms, 1, kSeen, kSeen);
+      AddChanged(terms, 2, kLow0, kLow1);
       break;
     case Cells::TwoFour:
-      AddCells(terms, 1, {0, 7});
+      AddCells(terms, 1, {0, 7, 2, 5});
       AddCells(terms, 2, {2, 5});
       break;
     case Cells::ThreeFour:
-      AddCells(terms, 1, {0, 13});
+      AddCells(terms, 1, {0, 13, 5, 8});
       AddCells(terms, 2, {5, 8});
       break;
     case Cells::TwoFive:  // the other way round: required as it stands
-      AddCells(terms, 1, {2, 5});
+      AddCells(terms, 1, {2, 5, 0, 7});
       AddCells(terms, 2, {0, 7});
       break;
     case Cells::Six:
@@ -94,7 +84,7 @@ constexpr Terms TermsOf(Cells cells) {
 // What two categories come to, in a clonal F1 and in a double cross.
 struct CaseRow {
   int32_t first, second;
-  Terms terms;
+  ClonalTerms terms;
   ClonalModel clonal, doubleCross;
 };
 using enum ClonalModel;
@@ -122,93 +112,18 @@ const CaseRow& CaseOf(int32_t first, int32_t second) {
   return kNoCase;
 }
 
-// Bit planes of the markers of one category: word w of plane p of the marker at a position (from 0) stands at
-// bits[(p * words + w) * stride + position].
-struct Planes {
-  int32_t category = 0;
-  std::vector<int32_t> markers;  // one-based, ascending
-  size_t words = 0, stride = 0;
-  std::array<bool, kClonalPlanes> present{};
-  std::vector<uint64_t> bits;
-
-  const uint64_t* At(size_t plane) const { return bits.data() + plane * words * stride; }
+// What one parent's count of recombinants among a number of lines comes to. LOD as it is, maybe below 0.
+struct TwoClass {
+  float rec, lod, distance;
+  bool known;
 };
-
-constexpr size_t ClassOf(char letter) {
-  switch (letter) {
-    case 'A':
-    case 'E':
-    case 'G':
-    case 'I':
-      return 0;
-    case 'B':
-    case 'F':
-    case 'J':
-      return 1;
-    case 'C':
-    case 'H':
-      return 2;
-    case 'D':
-    case 'K':
-      return 3;
-    default:
-      return 4;
-  }
-}
-constexpr std::array<uint8_t, 256> kClassOfLetter = [] {
-  std::array<uint8_t, 256> table{};
-  for (size_t k = 0; k < table.size(); ++k) table[k] = static_cast<uint8_t>(ClassOf(static_cast<char>(k)));
-  return table;
-}();
-
-void FillMarker(Planes& store, size_t position, const char* letters, size_t lines) {
-  for (size_t w = 0; w < store.words; ++w) {
-    std::array<uint64_t, 5> c{};
-    const char* at = letters + w * kWordBits;
-    const size_t count = std::min(kWordBits, lines - w * kWordBits);
-    for (size_t line = 0; line < count; ++line) {
-      c[kClassOfLetter[static_cast<unsigned char>(at[line])]] |= uint64_t{1} << line;
-    }
-    const std::array<uint64_t, kClonalPlanes> planes = {c[0],        c[1],        c[2],
-                                                        c[3],        c[0] | c[1], c[2] | c[3],
-                                                        c[0] | c[2], c[1] | c[3], c[0] | c[1] | c[2] | c[3]};
-    for (size_t p = 0; p < kClonalPlanes; ++p) {
-      store.bits[(p * store.words + w) * store.stride + position] = planes[p];
-      store.present[p] = store.present[p] || planes[p] != 0;
-    }
-  }
-}
-
-std::vector<Planes> PlanesOf(const Genotypes& data) {
-  std::vector<Planes> stores;
-  for (int32_t m = 1; m <= data.numMarkers; ++m) {
-    const int32_t category = data.category[m - 1];
-    auto at =
-        std::find_if(stores.begin(), stores.end(), [&](const Planes& s) { return s.category == category; });
-    if (at == stores.end()) {
-      at = stores.insert(at, Planes{});
-      at->category = category;
-    }
-    at->markers.push_back(m);
-  }
-  const auto lines = static_cast<size_t>(std::max(data.populationSize, 0));
-  for (Planes& store : stores) {
-    store.words = (lines + kWordBits - 1) / kWordBits;
-    store.stride = (store.markers.size() + kCountLanes - 1) / kCountLanes * kCountLanes;
-    store.bits.assign(kClonalPlanes * store.words * store.stride, 0);
-    for (size_t k = 0; k < store.markers.size(); ++k) {
-      FillMarker(store, k, data.genotype + static_cast<size_t>(store.markers[k] - 1) * lines, lines);
-    }
-  }
-  return stores;
-}
 
 // One run of pairs: marker i with positions of a store.
 struct Run {
-  std::array<std::array<uint32_t, kRun>, kMostCounts> counts;
-  std::array<uint32_t, kRun> scratch;
-  alignas(64) std::array<std::array<float, kRun>, kMostCounts> real;
-  alignas(64) std::array<std::array<float, kRun>, 3> rec, lod, distance;
+  alignas(64) ClonalCounts counts;
+  alignas(64) ClonalCounts parents;  // lines that tell of the parents, recombinant in one, in the other
+  alignas(64) std::array<std::array<float, kClonalRun>, 3> rec, lod, distance;
+  alignas(64) std::array<int32_t, kClonalRun> phase;
   size_t size = 0;
 };
 
@@ -216,10 +131,11 @@ struct Loop {
   const Genotypes& data;
   const ClonalPairResults& results;
   Level level;
+  std::vector<TwoClass> twoClass;  // of c in n lines at n (n + 1) / 2 + c; empty for very many lines
   Run run;
 };
 
-void EstimateRun(Level level, const ClonalLaneJob& job) {
+void EstimateLanes(Level level, const ClonalLaneJob& job) {
   switch (level) {
 #if defined(__x86_64__)
     case Level::Avx512:
@@ -232,24 +148,58 @@ void EstimateRun(Level level, const ClonalLaneJob& job) {
   }
 }
 
-// Counts of the terms for the row marker's words with the store's positions from..to.
-void CountTerms(Loop& loop, const Terms& terms, bool rowFirst, const Planes& rowStore,
-                const std::vector<uint64_t>& rowWords, const Planes& store, size_t from, size_t to) {
+const TwoClass& TwoClassAt(Loop& loop, size_t lines, size_t changed) {
+  TwoClass& at = loop.twoClass[lines * (lines + 1) / 2 + changed];
+  if (!at.known) {
+    const auto other = static_cast<float>(changed);
+    TwoClassParent<float>(static_cast<float>(lines) - other, other, at.rec, at.lod);
+    at.distance = DistanceFromRec(loop.data.mappingFunction, at.rec);
+    at.known = true;
+  }
+  return at;
+}
+
+// One parent of the run from its lines and recombinants.
+void ParentRun(Loop& loop, size_t parent, const ClonalCounts& counts, size_t lines, size_t changed) {
   Run& run = loop.run;
-  const size_t padded = (run.size + kMostLanes - 1) / kMostLanes * kMostLanes;
-  for (auto& count : run.counts) std::fill_n(count.begin(), padded, 0U);
-  for (size_t k = 0; k < terms.size; ++k) {
-    const Term& term = terms.term[k];
-    const size_t atRow = rowFirst ? term.first : term.second, at = rowFirst ? term.second : term.first;
-    if (!rowStore.present[atRow] || !store.present[at]) continue;
-    CountRow(loop.level, rowWords.data() + atRow * store.words, store.At(at), store.words, store.stride, from,
-             to, run.scratch.data());
-    auto& count = run.counts[term.count];
-    for (size_t t = 0; t < run.size; ++t) count[t] += run.scratch[t];
+  float *rec = run.rec[parent].data(), *lod = run.lod[parent].data(), *distance = run.distance[parent].data();
+  const auto &all = counts[lines], &some = counts[changed];
+  if (loop.twoClass.empty()) {
+    const auto table = std::make_unique<ClonalCounts>();
+    (*table)[1] = all;
+    (*table)[2] = some;
+    EstimateLanes(loop.level, {ClonalModel::OneParent,
+                               loop.data.mappingFunction,
+                               (*table)[0].data(),
+                               kClonalRun,
+                               run.size,
+                               {rec, nullptr, nullptr},
+                               {lod, nullptr, nullptr},
+                               {distance, nullptr, nullptr},
+                               nullptr});
+    return;
   }
-  for (size_t k = 0; k < kMostCounts; ++k) {
-    for (size_t t = 0; t < padded; ++t) run.real[k][t] = static_cast<float>(run.counts[k][t]);
+  for (size_t t = 0; t < run.size; ++t) {
+    const TwoClass& at = TwoClassAt(loop, static_cast<size_t>(all[t]), static_cast<size_t>(some[t]));
+    rec[t] = at.rec;
+    lod[t] = at.lod;
+    distance[t] = at.distance;
   }
+}
+
+void ParentsWithIntercross(Loop& loop, bool five) {
+  Run& run = loop.run;
+  const ClonalCounts& c = run.counts;
+  const auto &changed = five ? c[1] : c[5], &alsoChanged = five ? c[6] : c[2];
+  for (size_t from = 0; from < run.size; from += kMostLanes) {
+    for (size_t t = from; t < from + kMostLanes; ++t) {
+      run.parents[0][t] = c[1][t] + c[2][t] + c[5][t] + c[6][t];
+      run.parents[1][t] = c[5][t] + c[6][t];
+      run.parents[2][t] = changed[t] + alsoChanged[t];
+    }
+  }
+  ParentRun(loop, 0, run.parents, 0, 1);
+  ParentRun(loop, 1, run.parents, 0, 2);
 }
 
 // Which of the parents of two intercross markers shows repulsion is not in the data: a draw decides.
@@ -257,69 +207,131 @@ void DrawParents(Run& run) {
   for (size_t t = 0; t < run.size; ++t) {
     if (run.counts[0][t] == 0) continue;
     const bool swapped = stats::UniformDraw() > 0.5f;
-    if (swapped && run.rec[0][t] != run.rec[1][t]) {
-      std::swap(run.rec[0][t], run.rec[1][t]);
-      std::swap(run.distance[0][t], run.distance[1][t]);
-    }
+    if (!swapped || run.rec[0][t] == run.rec[1][t]) continue;
+    std::swap(run.rec[0][t], run.rec[1][t]);
+    std::swap(run.distance[0][t], run.distance[1][t]);
+    run.phase[t] = 3;
   }
 }
 
-void WriteRun(const Loop& loop, const Planes& store, size_t from, size_t first) {
+void EstimateRun(Loop& loop, ClonalModel model) {
+  Run& run = loop.run;
+  switch (model) {
+    case FirstParent:
+      ParentRun(loop, 0, run.counts, 1, 2);
+      break;
+    case SecondParent:
+      ParentRun(loop, 1, run.counts, 1, 2);
+      break;
+    case BothParents:
+      ParentRun(loop, 0, run.counts, 0, 1);
+      ParentRun(loop, 1, run.counts, 0, 2);
+      break;
+    case WithFour:
+    case WithFourPhase:
+    case WithFive:
+      ParentsWithIntercross(loop, model == WithFive);
+      break;
+    default:
+      break;
+  }
+  EstimateLanes(loop.level, {model,
+                             loop.data.mappingFunction,
+                             run.counts[0].data(),
+                             kClonalRun,
+                             run.size,
+                             {run.rec[0].data(), run.rec[1].data(), run.rec[2].data()},
+                             {run.lod[0].data(), run.lod[1].data(), run.lod[2].data()},
+                             {run.distance[0].data(), run.distance[1].data(), run.distance[2].data()},
+                             run.phase.data()});
+  if (model == TwoPhases) DrawParents(run);
+}
+
+// first: the row's pair with marker 1.
+void WriteRun(const Loop& loop, const ClonalPlanes& store, size_t from, size_t first) {
   const Run& run = loop.run;
   const ClonalPairResults& out = loop.results;
+  const int32_t* marker = store.markers.data() + from;
+  for (size_t k = 0; k < 3; ++k) {
+    float *rec = out.rec[k] + first, *lod = out.lod[k] + first, *distance = out.distance[k] + first;
+    for (size_t t = 0; t < run.size; ++t) {
+      const auto p = static_cast<size_t>(marker[t]) - 1;
+      rec[p] = run.rec[k][t];
+      lod[p] = run.lod[k][t];
+      distance[p] = run.distance[k][t];
+    }
+  }
+  int32_t* phase = out.phase + first;
   for (size_t t = 0; t < run.size; ++t) {
-    const size_t p = first + static_cast<size_t>(store.markers[from + t]) - 1;
-    for (size_t k = 0; k < 3; ++k) {
-      out.rec[k][p] = run.rec[k][t];
-      out.lod[k][p] = run.lod[k][t];
-      out.distance[k][p] = run.distance[k][t];
-    }
-    if (run.counts[0][t] != 0) {
-      out.phase[p] = 1 + (run.rec[0][t] > 0.5f ? 2 : 0) + (run.rec[1][t] > 0.5f ? 1 : 0);
-    }
+    if (run.counts[0][t] != 0) phase[static_cast<size_t>(marker[t]) - 1] = run.phase[t];
   }
 }
 
-void OneRun(Loop& loop, int32_t i, const Planes& rowStore, const std::vector<uint64_t>& rowWords,
-            const Planes& store, size_t from, size_t to) {
-  Run& run = loop.run;
-  run.size = to - from;
+void OneRun(Loop& loop, int32_t i, const ClonalPlanes& rowStore, const std::vector<uint64_t>& rowWords,
+            const ClonalPlanes& store, size_t from, size_t to) {
+  loop.run.size = to - from;
   const bool rowFirst = store.category >= rowStore.category;
   const CaseRow& row =
       CaseOf(std::min(rowStore.category, store.category), std::max(rowStore.category, store.category));
-  const ClonalModel model = loop.data.population == 1 ? row.clonal : row.doubleCross;
-  CountTerms(loop, row.terms, rowFirst, rowStore, rowWords, store, from, to);
-  EstimateRun(loop.level, {model,
-                           loop.data.mappingFunction,
-                           run.real[0].data(),
-                           kRun,
-                           run.size,
-                           {run.rec[0].data(), run.rec[1].data(), run.rec[2].data()},
-                           {run.lod[0].data(), run.lod[1].data(), run.lod[2].data()},
-                           {run.distance[0].data(), run.distance[1].data(), run.distance[2].data()}});
-  if (model == TwoPhases) DrawParents(run);
+  CountClonal(loop.level, row.terms, rowFirst, rowWords.data(), store, from, to, loop.run.counts);
+  EstimateRun(loop, loop.data.population == 1 ? row.clonal : row.doubleCross);
   WriteRun(loop, store, from, static_cast<size_t>(PairIndex(i, 1)) - 1);
+}
+
+// Asks for the places of some pairs ahead of the writing.
+void FetchPlaces(const ClonalPairResults& out, size_t from, size_t to) {
+  constexpr size_t kLine = 64 / sizeof(float);
+  for (size_t p = from; p < to; p += kLine) {
+    for (size_t k = 0; k < 3; ++k) {
+      __builtin_prefetch(out.rec[k] + p, 1);
+      __builtin_prefetch(out.lod[k] + p, 1);
+      __builtin_prefetch(out.distance[k] + p, 1);
+    }
+    __builtin_prefetch(out.phase + p, 1);
+  }
+}
+
+// All pairs of marker i, met[s] of which are with store s. Every store's share of some neighbouring markers
+// before the next ones, so that the row's places stay near.
+void OneRow(Loop& loop, int32_t i, const ClonalPlanes& rowStore, const std::vector<uint64_t>& rowWords,
+            const std::vector<ClonalPlanes>& stores, const std::vector<size_t>& met) {
+  constexpr int32_t kNeighbours = 512;
+  std::vector<size_t> from(stores.size());
+  for (int32_t end = kNeighbours; end < i + kNeighbours; end += kNeighbours) {
+    FetchPlaces(loop.results, static_cast<size_t>(PairIndex(i, 1) - 1 + end - kNeighbours),
+                static_cast<size_t>(PairIndex(i, 1) - 1 + std::min(end, i - 1)));
+    for (size_t s = 0; s < stores.size(); ++s) {
+      const auto& markers = stores[s].markers;
+      const auto begin = markers.begin();
+      const auto stop =
+          static_cast<size_t>(std::upper_bound(begin + static_cast<std::ptrdiff_t>(from[s]),
+                                               begin + static_cast<std::ptrdiff_t>(met[s]), end) -
+                              begin);
+      for (; from[s] < stop; from[s] = std::min(from[s] + kClonalRun, stop)) {
+        OneRun(loop, i, rowStore, rowWords, stores[s], from[s], std::min(from[s] + kClonalRun, stop));
+      }
+    }
+  }
 }
 
 }  // namespace
 
 void ComputeClonalPairs(const Genotypes& data, const ClonalPairResults& results, Level level) {
   if (data.numMarkers < 2) return;
-  const std::vector<Planes> stores = PlanesOf(data);
-  const auto loop = std::make_unique<Loop>(Loop{data, results, level, {}});
+  const std::vector<ClonalPlanes> stores = MakeClonalPlanes(data);
+  const auto loop = std::make_unique<Loop>(Loop{data, results, level, {}, {}});
+  const auto lines = static_cast<size_t>(std::max(data.populationSize, 0));
+  const size_t entries = (lines + 1) * (lines + 2) / 2;
+  if (entries <= kMostTwoClass) loop->twoClass.assign(entries, TwoClass{});
   std::vector<size_t> met(stores.size());  // markers of each store behind the row's
   // Row by row, so that the draws come in the order of the pairs.
   for (int32_t i = 1; i <= data.numMarkers; ++i) {
     size_t own = 0;
     while (stores[own].category != data.category[i - 1]) ++own;
-    const Planes& rowStore = stores[own];
-    std::vector<uint64_t> words(kClonalPlanes * rowStore.words);
+    const ClonalPlanes& rowStore = stores[own];
+    std::vector<uint64_t> words(kClonalPlaneCount * rowStore.words);
     for (size_t k = 0; k < words.size(); ++k) words[k] = rowStore.bits[k * rowStore.stride + met[own]];
-    for (size_t s = 0; s < stores.size(); ++s) {
-      for (size_t from = 0; from < met[s]; from += kRun) {
-        OneRun(*loop, i, rowStore, words, stores[s], from, std::min(from + kRun, met[s]));
-      }
-    }
+    OneRow(*loop, i, rowStore, words, stores, met);
     ++met[own];
   }
 }

@@ -109,14 +109,10 @@ inline R Sqrt(const R& x) {
 #if defined(__x86_64__)
   } else if constexpr (kLanes<R> == 4) {
     return _mm_sqrt_ps(x);
-#if defined(__AVX2__)
   } else if constexpr (kLanes<R> == 8) {
     return _mm256_sqrt_ps(x);
-#endif
-#if defined(__AVX512F__)
   } else if constexpr (kLanes<R> == 16) {
-    return _mm512_sqrt_ps(x);
-#endif
+    return _mm512_maskz_sqrt_ps(0xffff, x);
 #endif
   } else {
     auto lanes = __builtin_bit_cast(LaneArray<R, float>, x);

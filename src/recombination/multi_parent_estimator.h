@@ -6,24 +6,21 @@
 #include "recombination/multi_parent_lanes.h"
 
 // The iterated estimate of populations of four and eight parents over lanes. A lane whose pair is done takes
-// the next pair, so that slow pairs hold up nobody.
+// the next pair, so that slow pairs hold up nobody; several vectors take turns, so that one's divisions run
+// while another waits.
 namespace recombination {
 
-enum : int32_t { k4PDH = 1, k4PRIL = 2, k8PDH = 3, k8PRIL = 4 };
-
-// Frequency of a cell of each kind. None is above 1 for r in 0 to 1.
+// Frequency of a cell of each kind that occurs. None is above 1 for r in 0 to 1.
 template <class R, int32_t kPopulation>
 inline void KindFrequencies(const R& r, R* frequency) {
   const R s = 1.0f - r;
   if constexpr (kPopulation == k4PDH) {
     frequency[0] = s * s * 0.25f;
     frequency[1] = r * s * 0.25f;
-    frequency[2] = R{};
     frequency[3] = r * 0.125f;
   } else if constexpr (kPopulation == k4PRIL) {
     frequency[0] = 0.25f - 3.0f * r * 0.125f;
-    frequency[1] = frequency[3] = r * 0.125f;
-    frequency[2] = R{};
+    frequency[3] = r * 0.125f;
   } else if constexpr (kPopulation == k8PDH) {
     frequency[0] = s * s * s * 0.125f;
     frequency[1] = r * s * s * 0.125f;
@@ -33,14 +30,23 @@ inline void KindFrequencies(const R& r, R* frequency) {
     const R f = 1.0f + 2.0f * r;
     frequency[0] = s * s / (8.0f * f);
     frequency[1] = r * s / (8.0f * f);
-    frequency[2] = frequency[3] = r / (16.0f * f);
+    frequency[3] = r / (16.0f * f);
   }
 }
 
+constexpr bool Occurs(int32_t population, size_t kind) {
+  return kind == 0 || kind == 3 || population == k8PDH || (kind == 1 && population != k4PRIL);
+}
 // Whether the expected count of a kind enters a population's next estimate.
-constexpr bool Needed(int32_t population, size_t kind) {
-  if (population == k4PRIL) return kind == 0;
-  return population == k8PDH ? kind <= 2 : kind <= 1;
+constexpr bool Needed(int32_t population, size_t kind) { return kind < 3 && Occurs(population, kind); }
+
+// Frequency of a class from its numbers of cells.
+template <class R, int32_t kPopulation>
+inline R ClassFrequency(const R* cells, const R* frequency) {
+  R sum = cells[0] * frequency[0];
+  if constexpr (Occurs(kPopulation, 1)) sum = sum + cells[1] * frequency[1];
+  if constexpr (Occurs(kPopulation, 2)) sum = sum + cells[2] * frequency[2];
+  return sum + cells[3] * frequency[3];
 }
 
 template <class R>
@@ -71,14 +77,10 @@ inline D SqrtOfDoubles(const D& x) {
 #if defined(__x86_64__)
   if constexpr (sizeof(D) == 16) {
     return _mm_sqrt_pd(x);
-#if defined(__AVX2__)
   } else if constexpr (sizeof(D) == 32) {
     return _mm256_sqrt_pd(x);
-#endif
-#if defined(__AVX512F__)
   } else if constexpr (sizeof(D) == 64) {
-    return _mm512_sqrt_pd(x);
-#endif
+    return _mm512_maskz_sqrt_pd(0xff, x);
   }
 #endif
   auto lanes = __builtin_bit_cast(HalfArray<R>, x);
@@ -86,7 +88,9 @@ inline D SqrtOfDoubles(const D& x) {
   return __builtin_bit_cast(D, lanes);
 }
 
-// QuadraticRecRoot over lanes: the same two roots by the same operations, a half of the lanes at a time.
+// QuadraticRecRoot over lanes, for the counts that occur here: b is below -2 n and the discriminant above 3 n^2,
+// so that two real roots lie apart, and the one nearer to 0, by the same operations as there, is the only one
+// that can lie in 0 to 0.5.
 template <class R>
 inline R QuadraticRecRoots(const R& a, const R& b, const R& c) {
   using Floats = typename HalfOf<kLanes<R>>::Floats;
@@ -94,26 +98,17 @@ inline R QuadraticRecRoots(const R& a, const R& b, const R& c) {
   const auto as = __builtin_bit_cast(LaneArray<R, Floats>, a),
              bs = __builtin_bit_cast(LaneArray<R, Floats>, b),
              cs = __builtin_bit_cast(LaneArray<R, Floats>, c);
-  LaneArray<R, Floats> smallest{};
+  LaneArray<R, Floats> smaller;
   for (int half = 0; half < 2; ++half) {
     const Doubles x = __builtin_convertvector(as.value[half], Doubles),
                   y = __builtin_convertvector(bs.value[half], Doubles),
                   z = __builtin_convertvector(cs.value[half], Doubles);
-    const Doubles discriminant = y * y - 4.0 * x * z;
-    const Doubles root = SqrtOfDoubles<R, Doubles>(discriminant < 0.0 ? Doubles{} : discriminant);
-    const Doubles q = -0.5 * (y + (y < 0.0 ? -root : root));
-    Floats first = __builtin_convertvector(q / x, Floats), second = __builtin_convertvector(z / q, Floats);
-    const auto none = __builtin_convertvector(discriminant < 0.0, decltype(first < 0.0f));
-    const auto atZero = __builtin_convertvector(q == 0.0, decltype(first < 0.0f));
-    second = atZero ? Floats{} : second;
-    const Floats one = Floats{} + 1.0f;
-    first = ((first >= 0.0f) & (first <= 0.5f) & ~none) ? first : one;
-    second = ((second >= 0.0f) & (second <= 0.5f) & ~none) ? second : one;
-    smallest.value[half] = second < first ? second : first;
+    const Doubles root = SqrtOfDoubles<R, Doubles>(y * y - 4.0 * x * z);
+    smaller.value[half] = __builtin_convertvector(z / (-0.5 * (y - root)), Floats);
   }
-  const R found = __builtin_bit_cast(R, smallest), half = Splat<R>(0.5f);
-  const R linear = Select<R>(b == 0.0f, half, (0.0f - c) / b);
-  return Select<R>(a == 0.0f, linear, Select<R>(found < half, found, half)) + 0.0f;
+  const R found = __builtin_bit_cast(R, smaller);
+  const R admitted = Select<R>((found >= 0.0f) & (found <= 0.5f), found, Splat<R>(0.5f));
+  return Select<R>(a == 0.0f, (0.0f - c) / b, admitted) + 0.0f;
 }
 
 template <class R, int32_t kPopulation>
@@ -147,14 +142,16 @@ inline R MultiParentLod(const StepCounts<R>& c, const R& n, const R& r) {
   return at - half;
 }
 
-// What the lanes work on.
-template <class R, size_t kMixes>
+// What the lanes of one vector work on. Ticks count the iterations of the vector.
+template <class R, size_t kRoom>
 struct MixLanes {
-  float cells[kMixes][kParentKinds][kLanes<R>], counts[kMixes][kLanes<R>], single[kMixes][kLanes<R>];
-  float r[kLanes<R>], n[kLanes<R>], uniform[kLanes<R>], iteration[kLanes<R>], a[kLanes<R>], b[kLanes<R>];
-  float done[kLanes<R>];
-  size_t place[kLanes<R>];
-  bool busy[kLanes<R>];
+  float cells[kRoom + 1][kParentKinds][kLanes<R>], counts[kRoom + 1][kLanes<R>],
+      known[kParentKinds][kLanes<R>];
+  float r[kLanes<R>], before[kLanes<R>], a[kLanes<R>], b[kLanes<R>], first[kLanes<R>];
+  float n[kLanes<R>], uniform[kLanes<R>];
+  size_t pair[kLanes<R>];
+  uint32_t start[kLanes<R>];
+  uint32_t tick, oldest, busy;  // no lane began before the oldest tick; a bit a lane
 };
 
 template <class R>
@@ -168,67 +165,102 @@ inline void StoreLanes(float* to, const R& value) {
   std::memcpy(to, &value, sizeof value);
 }
 
-// One iteration of every lane. done: 1 where the estimate in r is the last.
-template <class R, int32_t kPopulation, size_t kMixes>
-inline void IterateLanes(MixLanes<R, kMixes>& lanes, size_t mixes) {
-  constexpr float kChange = 1e-6f, kMost = 1000;
-  const R r = LoadLanes<R>(lanes.r), n = LoadLanes<R>(lanes.n), uniform = LoadLanes<R>(lanes.uniform);
-  const R iteration = LoadLanes<R>(lanes.iteration) + 1.0f;
-  R frequency[kParentKinds], expected[kParentKinds] = {};
-  KindFrequencies<R, kPopulation>(r, frequency);
-  Mask<R> alike = R{} <= 0.0f;  // every lane
-  for (size_t m = 0; m < mixes; ++m) {
-    R cells[kParentKinds], sum{};
-    for (size_t k = 0; k < kParentKinds; ++k) {
-      cells[k] = LoadLanes<R>(lanes.cells[m][k]);
-      if (k != 2 || kPopulation > k4PRIL) sum = sum + cells[k] * frequency[k];
-    }
-    alike = alike & (Abs<R>(sum - uniform) <= kChange);
-    const R count = LoadLanes<R>(lanes.counts[m]);
-    const Mask<R> single = LoadLanes<R>(lanes.single[m]) > 0.0f;
-    for (size_t k = 0; k < kParentKinds; ++k) {
-      if (!Needed(kPopulation, k)) continue;
-      const R share = Select<R>(single, count, cells[k] * (frequency[k] / sum * count));
-      expected[k] = expected[k] + Select<R>(cells[k] > 0.0f, share, R{});
-    }
+// A bit a lane.
+template <class R>
+inline uint32_t MaskBits(const Mask<R>& mask) {
+#if defined(__x86_64__)
+  if constexpr (kLanes<R> == 4) {
+    return static_cast<uint32_t>(_mm_movemask_ps(__builtin_bit_cast(__m128, mask)));
+  } else if constexpr (kLanes<R> == 8) {
+    return static_cast<uint32_t>(_mm256_movemask_ps(__builtin_bit_cast(__m256, mask)));
+  } else if constexpr (kLanes<R> == 16) {
+    return static_cast<uint32_t>(_mm512_movepi32_mask(__builtin_bit_cast(__m512i, mask)));
   }
+#endif
+  const auto lanes = __builtin_bit_cast(LaneArray<R, int32_t>, mask);
+  uint32_t bits = 0;
+  for (size_t k = 0; k < kLanes<R>; ++k) bits |= static_cast<uint32_t>(lanes.value[k] < 0) << k;
+  return bits;
+}
+
+inline constexpr float kSettled = 1e-6f;  // change of the estimate, distance of a class from uniform
+inline constexpr uint32_t kMostIterations = 1000;
+inline constexpr size_t kOpenRoom = kMostMixes / 2;  // a mix has two cells or more
+
+// One iteration of every lane; a bit for every lane that may be at its end. The expected count of a kind is
+// what is known of it and its frequency times the sum of cells x count / frequency over the classes.
+template <class R, int32_t kPopulation, size_t kRoom>
+inline uint32_t IterateLanes(MixLanes<R, kRoom>& lanes, size_t mixes) {
+  const R r = LoadLanes<R>(lanes.r);
+  R frequency[kParentKinds] = {};
+  KindFrequencies<R, kPopulation>(r, frequency);
+  R first = frequency[0], same{}, sister{}, half{};
+  const size_t count = kRoom < kOpenRoom ? kRoom : mixes;
+#pragma GCC unroll 4
+  for (size_t m = 0; m < count; ++m) {
+    const R cells[kParentKinds] = {LoadLanes<R>(lanes.cells[m][0]), LoadLanes<R>(lanes.cells[m][1]),
+                                   LoadLanes<R>(lanes.cells[m][2]), LoadLanes<R>(lanes.cells[m][3])};
+    const R sum = ClassFrequency<R, kPopulation>(cells, frequency);
+    if (m == 0) first = sum;
+    const R weight = LoadLanes<R>(lanes.counts[m]) / sum;
+    same = same + cells[0] * weight;
+    if constexpr (Needed(kPopulation, 1)) sister = sister + cells[1] * weight;
+    if constexpr (Needed(kPopulation, 2)) half = half + cells[2] * weight;
+  }
+  R expected[kParentKinds] = {};
+  expected[0] = LoadLanes<R>(lanes.known[0]) + frequency[0] * same;
+  if constexpr (Needed(kPopulation, 1)) expected[1] = LoadLanes<R>(lanes.known[1]) + frequency[1] * sister;
+  if constexpr (Needed(kPopulation, 2)) expected[2] = LoadLanes<R>(lanes.known[2]) + frequency[2] * half;
+  const R n = LoadLanes<R>(lanes.n);
   const StepCounts<R> c = CountsOf<R, kPopulation>(expected, n);
   const R next = NextRec<R, kPopulation>(c, n);
-  const Mask<R> given = alike | (iteration > kMost);
+  StoreLanes<R>(lanes.before, r);
+  StoreLanes<R>(lanes.r, next);
   StoreLanes<R>(lanes.a, c.a);
   StoreLanes<R>(lanes.b, c.b);
-  StoreLanes<R>(lanes.iteration, iteration);
-  StoreLanes<R>(lanes.r, Select<R>(given, Splat<R>(0.5f), next));
-  StoreLanes<R>(lanes.done, Select<R>(given | Not<R>(Abs<R>(next - r) > kChange), Splat<R>(1.0f), R{}));
+  StoreLanes<R>(lanes.first, first);
+  const R change = Abs<R>(next - r), away = Abs<R>(first - LoadLanes<R>(lanes.uniform));
+  ++lanes.tick;
+  return MaskBits<R>(Not<R>(Select<R>(away < change, away, change) > kSettled));
 }
 
-template <class R, size_t kMixes>
-inline void TakePair(MixLanes<R, kMixes>& lanes, size_t lane, const MultiParentPair& pair) {
-  const MixModel& model = *pair.model;
-  float n = 0;
-  for (size_t m = 0; m < model.mixes; ++m) {
-    float sum = 0;
-    for (size_t k = 0; k < kParentKinds; ++k) {
-      lanes.cells[m][k][lane] = model.cells[m][k];
-      sum += model.cells[m][k];
+// The lanes whose classes are all as frequent as each other at the estimate before the last iteration.
+template <class R, int32_t kPopulation, size_t kRoom>
+inline uint32_t AlikeLanes(const MultiParentLaneJob& job, const MixLanes<R, kRoom>& lanes) {
+  const R uniform = LoadLanes<R>(lanes.uniform);
+  R frequency[kParentKinds];
+  KindFrequencies<R, kPopulation>(LoadLanes<R>(lanes.before), frequency);
+  constexpr bool kOccurs[kParentKinds] = {Occurs(kPopulation, 0), Occurs(kPopulation, 1),
+                                          Occurs(kPopulation, 2), Occurs(kPopulation, 3)};
+  uint32_t alike = lanes.busy;
+  for (size_t k = 0; k < kParentKinds; ++k) {
+    if (!kOccurs[k]) continue;
+    uint32_t without = 0;
+    for (size_t lane = 0; lane < kLanes<R>; ++lane) {
+      without |= static_cast<uint32_t>((job.pairs[lanes.pair[lane]].single >> k & 1) == 0) << lane;
     }
-    lanes.single[m][lane] = sum == 1 ? 1.0f : 0.0f;
-    lanes.counts[m][lane] = pair.counts[m];
-    n += pair.counts[m];
+    alike &= without | MaskBits<R>(Abs<R>(frequency[k] - uniform) <= kSettled);
   }
-  lanes.n[lane] = n;
-  lanes.uniform[lane] = model.uniform;
-  lanes.r[lane] = 0.25f;
-  lanes.iteration[lane] = 0;
-  lanes.place[lane] = pair.place;
-  lanes.busy[lane] = true;
+  for (size_t m = 0; m < job.mixes; ++m) {
+    R cells[kParentKinds];
+    for (size_t k = 0; k < kParentKinds; ++k) cells[k] = LoadLanes<R>(lanes.cells[m][k]);
+    const R sum = ClassFrequency<R, kPopulation>(cells, frequency);
+    alike &= MaskBits<R>(Abs<R>(sum - uniform) <= kSettled);
+  }
+  return alike;
 }
 
-// LOD, limits and distance of the lanes that are done.
-template <class R, int32_t kPopulation, size_t kMixes>
-inline void GiveAnswers(const MultiParentLaneJob& job, MixLanes<R, kMixes>& lanes) {
-  const R r = LoadLanes<R>(lanes.r), n = LoadLanes<R>(lanes.n);
-  R lod = MultiParentLod<R, kPopulation>({LoadLanes<R>(lanes.a), LoadLanes<R>(lanes.b)}, n, r);
+// Pairs that have settled and wait for LOD, limits and distance.
+template <class R>
+struct SettledPairs {
+  float r[kLanes<R>], n[kLanes<R>], a[kLanes<R>], b[kLanes<R>];
+  size_t place[kLanes<R>], count;
+};
+
+template <class R, int32_t kPopulation>
+inline void GiveAnswers(const MultiParentLaneJob& job, SettledPairs<R>& settled) {
+  const R r = LoadLanes<R>(settled.r), n = LoadLanes<R>(settled.n);
+  R lod = MultiParentLod<R, kPopulation>({LoadLanes<R>(settled.a), LoadLanes<R>(settled.b)}, n, r);
   lod = Select<R>(lod < 0.0f, R{}, lod);
   R rec = Select<R>(r < 0.0f, R{}, Select<R>(r > 0.5f, Splat<R>(0.5f), r));
   if constexpr (kPopulation == k4PRIL) rec = rec / ((1.0f - rec) * 2.0f);
@@ -236,47 +268,108 @@ inline void GiveAnswers(const MultiParentLaneJob& job, MixLanes<R, kMixes>& lane
   const auto recs = __builtin_bit_cast(LaneArray<R, float>, rec),
              lods = __builtin_bit_cast(LaneArray<R, float>, lod),
              distances = __builtin_bit_cast(LaneArray<R, float>, distance);
-  for (size_t lane = 0; lane < kLanes<R>; ++lane) {
-    if (!lanes.busy[lane] || !(lanes.done[lane] > 0)) continue;
-    const size_t p = lanes.place[lane];
-    job.rec[p] = recs.value[lane];
-    job.lod[p] = lods.value[lane];
-    job.distance[p] = distances.value[lane];
+  for (size_t k = 0; k < settled.count; ++k) {
+    job.rec[settled.place[k]] = recs.value[k];
+    job.lod[settled.place[k]] = lods.value[k];
+    job.distance[settled.place[k]] = distances.value[k];
   }
+  settled.count = 0;
 }
 
-template <class R, int32_t kPopulation, size_t kMixes>
-inline void EstimateWith(const MultiParentLaneJob& job) {
-  MixLanes<R, kMixes> lanes{};
-  size_t next = 0, busy = 0;
-  for (size_t lane = 0; lane < kLanes<R>; ++lane) {  // idle lanes repeat the first pair
-    TakePair(lanes, lane, job.pairs[next < job.count ? next : 0]);
-    lanes.busy[lane] = next < job.count;
-    if (lanes.busy[lane]) ++next, ++busy;
+template <class R, size_t kRoom>
+inline void TakePair(const MultiParentLaneJob& job, size_t pair, size_t lane, MixLanes<R, kRoom>& lanes) {
+  const MultiParentPair& from = job.pairs[pair];
+  const Mix* mix = job.mix + pair * job.mixes;
+  for (size_t m = 0; m < job.mixes; ++m) {
+    for (size_t k = 0; k < kParentKinds; ++k) lanes.cells[m][k][lane] = mix[m].cells[k];
+    lanes.counts[m][lane] = mix[m].count;
   }
-  while (busy > 0) {
-    IterateLanes<R, kPopulation>(lanes, job.mixes);
-    if (!Any<R>(LoadLanes<R>(lanes.done) > 0.0f)) continue;
-    bool some = false;
-    for (size_t lane = 0; lane < kLanes<R>; ++lane) some = some || (lanes.busy[lane] && lanes.done[lane] > 0);
-    if (!some) continue;
-    GiveAnswers<R, kPopulation>(job, lanes);
+  for (size_t k = 0; k < kParentKinds; ++k) lanes.known[k][lane] = from.known[k];
+  lanes.n[lane] = from.lines;
+  lanes.uniform[lane] = from.uniform;
+  lanes.r[lane] = 0.25f;
+  lanes.pair[lane] = pair;
+  lanes.start[lane] = lanes.tick;
+  lanes.busy |= 1U << lane;
+}
+
+// Lanes that are at their end give their answer and take the next pairs; flagged: those that may be.
+template <class R, int32_t kPopulation, size_t kRoom>
+inline void EndLanes(const MultiParentLaneJob& job, uint32_t flagged, MixLanes<R, kRoom>& lanes, size_t& next,
+                     SettledPairs<R>& settled) {
+  uint32_t overdue = 0;
+  if (lanes.tick - lanes.oldest > kMostIterations) {
+    lanes.oldest = lanes.tick;
     for (size_t lane = 0; lane < kLanes<R>; ++lane) {
-      if (!lanes.busy[lane] || !(lanes.done[lane] > 0)) continue;
-      if (next < job.count) {
-        TakePair(lanes, lane, job.pairs[next++]);
-      } else {
-        lanes.busy[lane] = false;
-        --busy;
+      if ((lanes.busy >> lane & 1) == 0) continue;
+      if (lanes.tick - lanes.start[lane] > kMostIterations) {
+        overdue |= 1U << lane;
+      } else if (lanes.start[lane] - lanes.oldest > lanes.tick - lanes.oldest) {
+        lanes.oldest = lanes.start[lane];
       }
     }
   }
+  const R away = Abs<R>(LoadLanes<R>(lanes.first) - LoadLanes<R>(lanes.uniform));
+  uint32_t alike = MaskBits<R>(away <= kSettled) & lanes.busy;
+  if (alike != 0) alike &= AlikeLanes<R, kPopulation>(job, lanes);
+  for (uint32_t left = (flagged | overdue) & lanes.busy; left != 0; left &= left - 1) {
+    const auto lane = static_cast<size_t>(__builtin_ctz(left));
+    const bool given = ((alike | overdue) >> lane & 1) != 0;
+    if (!given) {
+      if (__builtin_fabsf(lanes.r[lane] - lanes.before[lane]) > kSettled) continue;
+      const size_t k = settled.count++;
+      settled.r[k] = lanes.r[lane];
+      settled.n[k] = lanes.n[lane];
+      settled.a[k] = lanes.a[lane];
+      settled.b[k] = lanes.b[lane];
+      settled.place[k] = job.pairs[lanes.pair[lane]].place;
+      if (settled.count == kLanes<R>) GiveAnswers<R, kPopulation>(job, settled);
+    }
+    lanes.busy &= ~(1U << lane);
+    if (next < job.count) TakePair(job, next++, lane, lanes);
+  }
+}
+
+template <class R, int32_t kPopulation, size_t kRoom>
+inline void EstimateWith(const MultiParentLaneJob& job) {
+  constexpr size_t kVectors = 4;
+  MixLanes<R, kRoom> lanes[kVectors] = {};
+  SettledPairs<R> settled = {};
+  size_t next = 0;
+  for (auto& some : lanes) {
+    for (size_t lane = 0; lane < kLanes<R> && next < job.count; ++lane) TakePair(job, next++, lane, some);
+  }
+  for (uint32_t busy = 1; busy != 0;) {
+    busy = 0;
+    uint32_t flagged[kVectors];
+    for (size_t v = 0; v < kVectors; ++v) flagged[v] = IterateLanes<R, kPopulation>(lanes[v], job.mixes);
+    for (size_t v = 0; v < kVectors; ++v) {
+      auto& some = lanes[v];
+      if ((flagged[v] & some.busy) != 0 || some.tick - some.oldest > kMostIterations) {
+        EndLanes<R, kPopulation>(job, flagged[v], some, next, settled);
+      }
+      busy |= some.busy;
+    }
+  }
+  GiveAnswers<R, kPopulation>(job, settled);
 }
 
 template <class R, int32_t kPopulation>
 inline void EstimateOf(const MultiParentLaneJob& job) {
-  if (job.mixes <= 8) return EstimateWith<R, kPopulation, 8>(job);
-  EstimateWith<R, kPopulation, kMostMixes>(job);
+  switch (job.mixes) {
+    case 0:
+      return EstimateWith<R, kPopulation, 0>(job);
+    case 1:
+      return EstimateWith<R, kPopulation, 1>(job);
+    case 2:
+      return EstimateWith<R, kPopulation, 2>(job);
+    case 3:
+      return EstimateWith<R, kPopulation, 3>(job);
+    case 4:
+      return EstimateWith<R, kPopulation, 4>(job);
+    default:
+      return EstimateWith<R, kPopulation, kOpenRoom>(job);
+  }
 }
 
 template <class R>

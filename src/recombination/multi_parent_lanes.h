@@ -6,32 +6,39 @@
 
 namespace recombination {
 
-// Pairs of parents: one parent, sisters of one F1, of one half of eight parents, others.
+enum : int32_t { k4PDH = 1, k4PRIL = 2, k8PDH = 3, k8PRIL = 4 };
+
+// Pairs of parents: one parent, sisters of one F1, of one half of eight parents, others. Kinds that are
+// equally frequent in a population count as the last of them.
 inline constexpr size_t kParentKinds = 4;
-// Distinct mixes of kinds that the classes of a pair of markers can have: far fewer than its 64 cells.
+// Mixes of kinds that the classes of a pair of markers can have: far fewer than its 64 cells.
 inline constexpr size_t kMostMixes = 64;
 
-// Classes of cells that the data cannot tell apart, by how many cells of each kind they are made of.
-struct MixModel {
-  size_t mixes = 0;
-  float uniform = 0;  // the frequency of each class if all were alike
-  std::array<std::array<float, kParentKinds>, kMostMixes> cells{};
+// Classes of cells that the data cannot tell apart, of two cells or more, made of the same number of cells of
+// each kind; the lines seen in all of them together.
+struct Mix {
+  std::array<float, kParentKinds> cells;
+  float count;
 };
 
-// One pair of markers: its model, the lines seen of each mix, where the answer goes.
+// One pair of markers with lines in common.
 struct MultiParentPair {
-  const MixModel* model = nullptr;
-  const float* counts = nullptr;
-  size_t place = 0;
+  std::array<float, kParentKinds> known;  // lines in classes of one cell, by kind
+  float lines;                            // seen at both markers
+  float uniform;                          // the frequency of each class if all were alike
+  uint32_t single;                        // kinds with a class of one cell, a bit each
+  size_t place;                           // where the answer goes
 };
 
-// Many pairs of one population whose models have the same number of mixes and that have lines in common.
+// Many pairs of one population with the same number of mixes. Pairs that come out without information, or
+// that do not settle, are left as they were: the caller sets them to 0.5, 0 and 1000 before.
 struct MultiParentLaneJob {
   int32_t population, mappingFunction;
   size_t mixes;
   const MultiParentPair* pairs;
+  const Mix* mix;  // of pair k from mix[k * mixes] on
   size_t count;
-  float *rec, *lod, *distance;  // at the place of each pair
+  float *rec, *lod, *distance;
 };
 
 // One routine an instruction set, the same results from each.

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -10,6 +12,7 @@
 #include "recombination/map_functions.h"
 #include "stats/distributions.h"
 #include "stats/generator.h"
+#include "tests/reference/clonal_em.h"
 #include "tests/reference/clonal_plain.h"
 #include "tests/reference/multi_parent_simulated.h"
 
@@ -67,18 +70,29 @@ TEST(ClonalPairs, EqualThePlainLoop) {
   }
 }
 
+// So many lines that no table of two classes is kept.
+TEST(ClonalPairs, EqualThePlainLoopAtManyLines) {
+  for (const int32_t population : {1, 2}) {
+    const reference::ParentsPlan plan = {population, 1500, 30, 0.1, 1, 2, 0.1, 17};
+    const auto cross = reference::SimulateClonal(plan);
+    ExpectSameOnEveryLevel(
+        {population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()},
+        "many lines");
+  }
+}
+
 // Letters and categories that a load refuses still have one defined answer; more than one run of pairs.
 TEST(ClonalPairs, EqualThePlainLoopOnArbitraryLetters) {
   std::mt19937 draw(5);
   for (const int32_t population : {0, 1, 2}) {
     for (const int32_t lines : {0, 3, 70}) {
       for (const std::string letters : {"ABCDEFGHIJKX?", "IJK", "IKX", "ADIK", "JX"}) {
-        const int32_t markers = lines == 3 ? 1200 : 40;
+        const int32_t markers = lines == 3 ? 600 : 40;
         if (markers > 40 && letters != "IJK") continue;
         std::vector<char> genotype(static_cast<size_t>(markers * lines) + 1);
         for (char& letter : genotype) letter = letters[draw() % letters.size()];
         std::vector<int32_t> category(static_cast<size_t>(markers));
-        for (int32_t& one : category) one = static_cast<int32_t>(draw() % 7);
+        for (int32_t& one : category) one = static_cast<int32_t>(markers > 40 ? 4 + draw() % 2 : draw() % 7);
         ExpectSameOnEveryLevel({population, 1, lines, markers, category.data(), genotype.data()},
                                "letters " + letters);
       }
@@ -145,6 +159,162 @@ TEST(ClonalPairs, TableOfCases) {
       EXPECT_EQ(t.real[6 + k][0], DistanceFromRec(2, t.real[k][0])) << c.rule;
     }
     EXPECT_EQ(t.phase[0], c.phase) << c.rule;
+  }
+}
+
+// Lines of an ABCD marker with an intercross marker: A or B there with I, J or K here.
+std::string IntercrossLetters(const std::array<int, 6>& count) {
+  std::string first, second;
+  for (size_t k = 0; k < count.size(); ++k) {
+    first.append(static_cast<size_t>(count[k]), "ABABAB"[k]);
+    second.append(static_cast<size_t>(count[k]), "IIJJKK"[k]);
+  }
+  return first + second;
+}
+
+// The phases that a mean is taken in: the AB parent's repulsion from above 0.5 on, the CD parent's from 0.5
+// on. Each table has another mean in every other pair of phases.
+TEST(ClonalPairs, MeanFollowsThePhasesFound) {
+  const struct {
+    const char* rule;
+    std::array<int, 6> count;  // A or B with I, with J, with K
+    bool flipAB, flipCD;
+  } cases[] = {
+      {"both in coupling", {7, 0, 3, 5, 1, 5}, false, false},
+      {"CD in repulsion", {8, 7, 8, 0, 4, 0}, false, true},
+      {"AB in repulsion", {5, 0, 7, 6, 7, 8}, true, false},
+      {"both in repulsion", {1, 8, 4, 7, 8, 8}, true, true},
+      {"CD at 0.5 counts as repulsion", {7, 4, 3, 8, 4, 1}, false, true},
+      {"CD at 0.5 beside AB in repulsion", {1, 0, 7, 4, 8, 7}, true, true},
+      {"AB at 0.5 counts as coupling", {7, 1, 2, 5, 1, 7}, false, false},
+      {"AB at 0.5 beside CD in repulsion", {3, 6, 7, 0, 8, 1}, false, true},
+  };
+  for (const auto& c : cases) {
+    const std::string letters = IntercrossLetters(c.count);
+    const size_t lines = letters.size() / 2;
+    const int32_t category[2] = {1, 4};
+    const std::string first = letters.substr(0, lines), second = letters.substr(lines);
+    for (const int32_t population : {1, 2}) {
+      Tables t(2);
+      ComputeClonalPairs({population, 1, static_cast<int32_t>(lines), 2, category, letters.data()},
+                         t.Places());
+      const auto p1 = static_cast<double>(t.real[0][0]), p2 = static_cast<double>(t.real[1][0]);
+      const double start = ((1 - std::fabs(0.5 - p1)) - std::fabs(0.5 - p2)) / 2;
+      for (const bool ab : {false, true}) {
+        for (const bool cd : {false, true}) {
+          const bool used = population == 1 ? ab == c.flipAB && cd == c.flipCD : !ab && !cd;
+          const double expected = reference::PooledFrequency({1, 4, first, second}, ab, cd, start);
+          EXPECT_EQ(std::fabs(expected - static_cast<double>(t.real[2][0])) < 2e-5, used)
+              << c.rule << ", population " << population << ' ' << ab << cd << ": " << expected << ' '
+              << t.real[2][0];
+        }
+      }
+    }
+  }
+}
+
+// Runs that do not settle in 100 steps, or leave 0 to 1.
+TEST(ClonalPairs, RunsThatDoNotSettle) {
+  const struct {
+    const char* rule;
+    int32_t firstCategory, secondCategory;
+    std::string first, second;
+    float rec1, rec2, mean;
+  } cases[] = {
+      {"1 with 4, too many steps: the mean alone", 1, 4, "BBAABBBBBBBBBBBBBB", "IIJJJJJJJJJJJKKKKK", 5.0f / 7,
+       2.0f / 7, 0.5f},
+      {"1 with 5, too many steps: the mean alone", 1, 5, std::string(22, 'A'), "IIIIIIIIIIJJJJJJJJJJJK",
+       1.0f / 11, 10.0f / 11, 0.5f},
+      {"AB=CD twice, too many steps: all three", 4, 4, "IJJK", "IJJI", 0.5f, 0.5f, 0.5f},
+      {"A=D,B=C twice, too many steps: all three", 5, 5, "JJJJJJJJJJJJJJ", "JJJJJJJKKKKKKK", 0.5f, 0.5f,
+       0.5f},
+      {"below 0 is 0", 4, 4, "IK", "IK", 0, 0, 0},
+      {"1 with 4, below 0", 1, 4, "BBBBBABBB", "JJJJJKKKK", 1, 0.25f, 0},
+      {"1 with 4, above 1", 1, 4, "ABBBBBBBBAAAAAAABBB", "JJJJJJJJJKKKKKKKKKK", 1, 0.7f, 0.5f},
+  };
+  for (const auto& c : cases) {
+    const std::string genotype = c.first + c.second;
+    const int32_t category[2] = {c.firstCategory, c.secondCategory};
+    const Genotypes data = {2, 1, static_cast<int32_t>(c.first.size()), 2, category, genotype.data()};
+    Tables t(2);
+    ComputeClonalPairs(data, t.Places());
+    ExpectNear(t.real[0][0], c.rec1, c.rule, "rec1");
+    ExpectNear(t.real[1][0], c.rec2, c.rule, "rec2");
+    EXPECT_EQ(t.real[2][0], c.mean) << c.rule;
+    ExpectSameOnEveryLevel(data, c.rule);
+  }
+}
+
+// What a pair of linked markers must come to by the gametes of the cross.
+void ExpectLikeTheGametes(int32_t population, const reference::ClonalPair& pair,
+                          const std::array<float, 6>& x, const std::string& what) {
+  constexpr double kNear = 1e-4, kNearLod = 2e-3;
+  const auto at = [&x](size_t k) { return static_cast<double>(x[k]); };
+  const auto lod = [&pair](double ab, double cd) {
+    return std::max(reference::ClonalLodScore(pair, ab, cd), 0.0);
+  };
+  const int a = pair.firstCategory, b = pair.secondCategory;
+  if (b <= 3 || a == 2 || a == 3) {  // each parent by itself
+    double rec[2];
+    reference::ParentFrequencies(pair, rec);
+    if (b == 3 || a == 3) rec[1] = 0.5;
+    if (a == 2 || b == 2) rec[0] = 0.5;
+    if (a == 2 && b == 3) rec[1] = 0.5;
+    EXPECT_NEAR(at(0), rec[0], kNear) << what;
+    EXPECT_NEAR(at(1), rec[1], kNear) << what;
+    EXPECT_NEAR(at(3), lod(rec[0], 0.5), kNearLod) << what;
+    EXPECT_NEAR(at(4), lod(0.5, rec[1]), kNearLod) << what;
+    EXPECT_NEAR(at(5), lod(rec[0], rec[1]), kNearLod) << what;
+  } else if (a == 1) {
+    const bool phases = population == 1 && b == 4;
+    const double start = ((1 - std::fabs(0.5 - at(0))) - std::fabs(0.5 - at(1))) / 2;
+    const double mean =
+        reference::PooledFrequency(pair, phases && x[0] > 0.5f, phases && x[1] >= 0.5f, start);
+    EXPECT_NEAR(at(2), mean, kNear) << what;
+    EXPECT_NEAR(at(5), lod(at(0), at(1)), kNearLod) << what;
+  } else if (a == 4) {  // two intercross markers
+    const double alike = reference::PooledFrequency(pair, false, false, 0.2),
+                 unlike = reference::PooledFrequency(pair, false, true, 0.2);
+    const double coupling = std::min(alike, 1 - alike);
+    const bool mixed = population == 1 && std::min(unlike, 1 - unlike) < coupling;
+    const double mean = mixed ? std::min(unlike, 1 - unlike) : coupling;
+    EXPECT_NEAR(at(2), mean, kNear) << what;
+    if (mixed || alike < 0.5) {
+      EXPECT_NEAR(at(5), lod(mean, mixed ? 1 - mean : mean), kNearLod) << what;
+    }
+  }
+}
+
+TEST(ClonalPairs, EqualTheGametesOfTheCross) {
+  std::array<std::array<int, 6>, 6> met{};
+  for (const int32_t population : {1, 2}) {
+    const reference::ParentsPlan plan = {population, 120, 60, 0.05, 1, 2, 0.06, 23};
+    const auto cross = reference::SimulateClonal(plan);
+    Tables t(plan.markers);
+    ComputeClonalPairs(
+        {population, 2, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()}, t.Places());
+    for (int32_t i = 2; i <= plan.markers; ++i) {
+      for (int32_t j = std::max(1, i - 3); j < i; ++j) {
+        if ((i - 1) / 30 != (j - 1) / 30) continue;  // another chromosome
+        auto first = static_cast<size_t>(j - 1), second = static_cast<size_t>(i - 1);
+        if (cross.category[first] > cross.category[second]) std::swap(first, second);
+        const auto lines = static_cast<size_t>(plan.lines);
+        const int32_t a = cross.category[first], b = cross.category[second];
+        ++met[static_cast<size_t>(a)][static_cast<size_t>(b)];
+        const auto p = static_cast<size_t>((i - 1) * (i - 2) / 2 + j - 1);
+        std::array<float, 6> x{};
+        for (size_t k = 0; k < 6; ++k) x[k] = t.real[k][p];
+        ExpectLikeTheGametes(population,
+                             {a,
+                              b,
+                              {cross.genotype.data() + first * lines, lines},
+                              {cross.genotype.data() + second * lines, lines}},
+                             x, std::to_string(a) + " with " + std::to_string(b));
+      }
+    }
+  }
+  for (size_t a = 1; a <= 5; ++a) {
+    for (size_t b = a; b <= 5; ++b) EXPECT_GT(met[a][b], 0) << a << ' ' << b;
   }
 }
 

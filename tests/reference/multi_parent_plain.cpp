@@ -11,13 +11,13 @@ namespace {
 
 using recombination::LogLikelihood;
 
-enum Kind { kSame, kSister, kHalf, kOther, kKinds };
+enum Kind : size_t { kSame, kSister, kHalf, kOther, kKinds };
 
-// Of the pair of parents i and j.
-Kind KindOf(int parents, int i, int j) {
+// Of the pair of parents i and j. Kinds of one frequency are one kind.
+Kind KindOf(int32_t population, int i, int j) {
   if (i == j) return kSame;
-  if (i / 2 == j / 2) return kSister;
-  return parents == 8 && i / 4 == j / 4 ? kHalf : kOther;
+  if (i / 2 == j / 2) return population == 2 ? kOther : kSister;
+  return population == 3 && i / 4 == j / 4 ? kHalf : kOther;
 }
 
 // The class of every cell, numbered by its first cell.
@@ -50,7 +50,7 @@ void Model(int32_t population, float r, float* frequency) {
       break;
     case 2:
       frequency[kSame] = 0.25f - 3.0f * r / 8.0f;
-      frequency[kSister] = frequency[kOther] = r / 8.0f;
+      frequency[kOther] = r / 8.0f;
       break;
     case 3:
       frequency[kSame] = s * s * s / 8.0f;
@@ -61,9 +61,9 @@ void Model(int32_t population, float r, float* frequency) {
     default:
       frequency[kSame] = s * s / (8.0f * f);
       frequency[kSister] = r * s / (8.0f * f);
-      frequency[kHalf] = frequency[kOther] = r / (16.0f * f);
+      frequency[kOther] = r / (16.0f * f);
   }
-  for (int k = 0; k < kKinds; ++k) frequency[k] = std::min(frequency[k], 1.0f);
+  for (size_t k = 0; k < kKinds; ++k) frequency[k] = std::min(frequency[k], 1.0f);
 }
 
 // Counts of the M step and of the LOD.
@@ -110,11 +110,11 @@ struct Mix {
   float count = 0;
 };
 
-// The mixes in order of their first class; classes: how many there are in all.
-int Mixes(int parents, const int* group, const float* table, Mix* mixes, int& classes) {
+// The mixes in descending order of their cells; classes: how many there are in all.
+int Mixes(int32_t population, int parents, const int* group, const float* table, Mix* mixes, int& classes) {
   Mix all[64];
   for (int k = 0; k < parents * parents; ++k)
-    all[group[k]].cells[static_cast<size_t>(KindOf(parents, k / parents, k % parents))] += 1;
+    all[group[k]].cells[KindOf(population, k / parents, k % parents)] += 1;
   int found = 0;
   classes = 0;
   for (int k = 0; k < parents * parents; ++k) {
@@ -125,26 +125,33 @@ int Mixes(int parents, const int* group, const float* table, Mix* mixes, int& cl
     if (at == found) mixes[found++] = {all[k].cells, 0};
     mixes[at].count += table[k];
   }
+  std::sort(mixes, mixes + found, [](const Mix& a, const Mix& b) { return a.cells > b.cells; });
   return found;
 }
 
-// Expected counts by kind. False when every class is as frequent as any other.
+// Expected counts by kind: a class of one cell keeps its count, another's is split by frequencies. False when
+// every class is as frequent as any other.
 bool Expect(const Mix* mixes, int count, int classes, const float* frequency, float* expected) {
   bool informative = false;
-  std::fill_n(expected, static_cast<int>(kKinds), 0.0f);
+  float known[kKinds] = {}, part[kKinds] = {};
   for (int m = 0; m < count; ++m) {
-    float sum = 0, cells = 0;
+    float sum = 0;
+    int cells = 0;
     for (size_t k = 0; k < kKinds; ++k) {
       sum += static_cast<float>(mixes[m].cells[k]) * frequency[k];
-      cells += static_cast<float>(mixes[m].cells[k]);
+      cells += mixes[m].cells[k];
     }
     if (!(std::fabs(sum - 1.0f / static_cast<float>(classes)) <= 1e-6f)) informative = true;
     for (size_t k = 0; k < kKinds; ++k) {
       const auto of = static_cast<float>(mixes[m].cells[k]);
-      if (of == 0) continue;
-      expected[k] += cells == 1 ? mixes[m].count : of * (frequency[k] / sum * mixes[m].count);
+      if (cells == 1 && of > 0) {
+        known[k] += mixes[m].count;
+      } else if (cells > 1) {
+        part[k] += of * (mixes[m].count / sum);
+      }
     }
   }
+  for (size_t k = 0; k < kKinds; ++k) expected[k] = known[k] + frequency[k] * part[k];
   return informative;
 }
 
@@ -159,7 +166,7 @@ bool OneClass(int32_t pattern, int32_t parents) {
 void Iterate(int32_t population, int parents, const int* group, const float* table, float& rec, float& lod) {
   Mix mixes[64];
   int classes;
-  const int count = Mixes(parents, group, table, mixes, classes);
+  const int count = Mixes(population, parents, group, table, mixes, classes);
   float n = 0;
   for (int m = 0; m < count; ++m) n += mixes[m].count;
   rec = 0.5f;
@@ -173,10 +180,7 @@ void Iterate(int32_t population, int parents, const int* group, const float* tab
     const bool informative = Expect(mixes, count, classes, frequency, expected);
     c = CountsOf(population, expected, n);
     const float next = NextRec(population, c);
-    if (!informative || iteration > 1000) {
-      r = 0.5f;
-      break;
-    }
+    if (!informative || iteration > 1000) return;
     const float change = std::fabs(next - r);
     r = next;
     if (!(change > 1e-6f)) break;
