@@ -1,12 +1,8 @@
-// Pair tables of the clonal F1 and the double cross: the library beside the plain loop, one process, one
-// input, answers compared to the bit first. clonal_bench [LEVEL]: 0 to 3 forces an instruction set.
-#include <algorithm>
+// Pairs of the clonal F1 and the double cross, equal to the bit.
 #include <array>
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "stats/generator.h"
 #include "tests/reference/clonal_plain.h"
 #include "tests/reference/multi_parent_simulated.h"
@@ -36,46 +32,48 @@ bool Same(const Tables& a, const Tables& b) {
   return a.phase == b.phase;
 }
 
-double Since(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-void RunCase(const char* name, int32_t population, recombination::Level level) {
-  reference::ParentsPlan plan;
-  plan.population = population;
-  plan.markers = 1000;
-  plan.missing = 0.05;
-  const reference::ParentsCross cross = reference::SimulateClonal(plan);
-  const recombination::Genotypes data = {
-      population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()};
-  const auto n = static_cast<size_t>(plan.markers), pairs = n * (n - 1) / 2;
-  Tables plain(pairs), fast(pairs);
-  const auto generator = stats::SaveGenerator();
-  auto start = std::chrono::steady_clock::now();
-  reference::ClonalPairsPlain(data, plain.Places());
-  const double plainSeconds = Since(start);
-  double fastSeconds = 1e30;
-  for (int k = 0; k < 5; ++k) {
+struct Row {
+  int32_t population, markers;
+};
+struct Work {
+  explicit Work(const Row& row) : plain(Pairs(row)), fast(Pairs(row)) {
+    reference::ParentsPlan plan;
+    plan.population = row.population;
+    plan.markers = row.markers;
+    plan.missing = 0.05;
+    cross = reference::SimulateClonal(plan);
+    data = {row.population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()};
+  }
+  static size_t Pairs(const Row& row) {
+    const auto n = static_cast<size_t>(row.markers);
+    return n * (n - 1) / 2;
+  }
+  void Plain() {
     stats::RestoreGenerator(generator);
-    start = std::chrono::steady_clock::now();
-    recombination::ComputeClonalPairs(data, fast.Places(), level);
-    fastSeconds = std::min(fastSeconds, Since(start));
+    reference::ClonalPairsPlain(data, plain.Places());
   }
-  if (!Same(plain, fast)) {
-    std::fprintf(stderr, "%s: the answers differ\n", name);
-    std::abort();
+  void Library() {
+    stats::RestoreGenerator(generator);
+    recombination::ComputeClonalPairs(data, fast.Places(), recombination::BestLevel());
   }
-  std::printf("%-14s %5d x %4d  plain %8.1f ns/pair  library %6.1f ns/pair  ratio %6.1f\n", name,
-              plan.markers, plan.lines, plainSeconds / static_cast<double>(pairs) * 1e9,
-              fastSeconds / static_cast<double>(pairs) * 1e9, plainSeconds / fastSeconds);
-}
+  bool Same() const { return ::Same(plain, fast); }
+
+  reference::ParentsCross cross;
+  recombination::Genotypes data;
+  decltype(stats::SaveGenerator()) generator = stats::SaveGenerator();
+  Tables plain, fast;
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const recombination::Level level =
-      argc > 1 ? static_cast<recombination::Level>(std::strtol(argv[1], nullptr, 10))
-               : recombination::BestLevel();
-  RunCase("clonal F1", 1, level);
-  RunCase("double cross", 2, level);
+  for (const int32_t markers : {500, 1000}) {
+    const std::string size = ": " + std::to_string(markers);
+    bench::Add<Work>("pairs, clonal F1" + size, Row{1, markers}, markers, {30, 60});
+  }
+  for (const int32_t markers : {500, 1000}) {
+    const std::string size = ": " + std::to_string(markers);
+    bench::Add<Work>("pairs, double cross" + size, Row{2, markers}, markers, {30, 60});
+  }
+  return bench::Run(argc, argv);
 }

@@ -1,14 +1,11 @@
-// Pair tables of four and eight parents, one process, one input: the library beside the plain loop over merged
-// cells, whose answers it has to the bit (a difference aborts), and beside the loop over single cells, timed on
-// the first fifth of the markers. multi_parent_bench [LEVEL]: 0 to 3 forces an instruction set.
-#include <algorithm>
+// Pairs of four and eight parents. "Merged": the plain loop over cells merged as the library merges them, equal to
+// the bit. "Cells": the plain loop over single cells, which rounds differently and where the iteration is slow can
+// stop a step earlier or later; fewer than one in a thousand may have another frequency.
 #include <array>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
+#include "bench/side_by_side.h"
 #include "tests/reference/multi_parent_cells.h"
 #include "tests/reference/multi_parent_plain.h"
 #include "tests/reference/multi_parent_simulated.h"
@@ -32,16 +29,51 @@ bool Same(const Tables& a, const Tables& b) {
   return true;
 }
 
-double Since(std::chrono::steady_clock::time_point start) {
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+struct Row {
+  int32_t population, markers;
+  double biallelic;  // share of the markers with two alleles
+};
+struct Input {
+  explicit Input(const Row& row) {
+    reference::ParentsPlan plan;
+    plan.population = row.population;
+    plan.markers = row.markers;
+    plan.missing = 0.05;
+    plan.biallelic = row.biallelic;
+    cross = reference::SimulateMultiParent(plan);
+    data = {row.population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()};
+    const auto n = static_cast<size_t>(plan.markers);
+    plain.fill(std::vector<float>(n * (n - 1) / 2));
+    fast = plain;
+  }
+  void Library() { recombination::ComputeMultiParentPairs(data, Places(fast), recombination::BestLevel()); }
 
-struct Case {
+  reference::ParentsCross cross;
+  recombination::Genotypes data;
+  Tables plain, fast;
+};
+struct Merged : Input {
+  using Input::Input;
+  void Plain() { reference::MultiParentPairsPlain(data, Places(plain)); }
+  bool Same() const { return ::Same(plain, fast); }
+};
+struct Cells : Input {
+  using Input::Input;
+  void Plain() { reference::MultiParentPairsByCells(data, Places(plain)); }
+  bool Same() const {
+    size_t unlike = 0;
+    for (size_t p = 0; p < fast[0].size(); ++p)
+      unlike += std::fabs(plain[0][p] - fast[0][p]) <= 1e-3f ? 0 : 1;
+    return unlike * 1000 <= fast[0].size();
+  }
+};
+
+struct Kind {
   const char* name;
   int32_t population;
   double biallelic;
 };
-constexpr Case kCases[] = {{"4PDH", 1, 1},
+constexpr Kind kKinds[] = {{"4PDH", 1, 1},
                            {"4PRIL", 2, 1},
                            {"8PDH", 3, 1},
                            {"8PRIL", 4, 1},
@@ -50,64 +82,17 @@ constexpr Case kCases[] = {{"4PDH", 1, 1},
                            {"8PDH more alleles", 3, 0.3},
                            {"8PRIL more alleles", 4, 0.3}};
 
-// Seconds a pair over single cells. unlike: pairs whose estimate is another one, which slow pairs near the limit
-// of iterations can have.
-double CellSeconds(recombination::Genotypes data, const Tables& fast, size_t& unlike) {
-  data.numMarkers /= 5;
-  const auto n = static_cast<size_t>(data.numMarkers), pairs = n * (n - 1) / 2;
-  Tables cells;
-  cells.fill(std::vector<float>(pairs));
-  const auto start = std::chrono::steady_clock::now();
-  reference::MultiParentPairsByCells(data, Places(cells));
-  const double seconds = Since(start);
-  unlike = 0;
-  for (size_t p = 0; p < pairs; ++p) unlike += std::fabs(cells[0][p] - fast[0][p]) <= 1e-3f ? 0 : 1;
-  return seconds / static_cast<double>(pairs);
-}
-
-void RunCase(const Case& one, recombination::Level level) {
-  reference::ParentsPlan plan;
-  plan.population = one.population;
-  plan.markers = 1000;
-  plan.missing = 0.05;
-  plan.biallelic = one.biallelic;
-  const reference::ParentsCross cross = reference::SimulateMultiParent(plan);
-  const recombination::Genotypes data = {
-      one.population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()};
-  const auto n = static_cast<size_t>(plan.markers), pairs = n * (n - 1) / 2;
-  Tables plain, fast;
-  plain.fill(std::vector<float>(pairs));
-  fast = plain;
-  auto start = std::chrono::steady_clock::now();
-  reference::MultiParentPairsPlain(data, Places(plain));
-  const double plainSeconds = Since(start);
-  double fastSeconds = 1e30;
-  for (int k = 0; k < 3; ++k) {
-    start = std::chrono::steady_clock::now();
-    recombination::ComputeMultiParentPairs(data, Places(fast), level);
-    fastSeconds = std::min(fastSeconds, Since(start));
-  }
-  if (!Same(plain, fast)) {
-    std::fprintf(stderr, "%s: the answers differ\n", one.name);
-    std::abort();
-  }
-  size_t unlike;
-  const double plainEach = plainSeconds / static_cast<double>(pairs) * 1e9,
-               fastEach = fastSeconds / static_cast<double>(pairs) * 1e9,
-               cellEach = CellSeconds(data, fast, unlike) * 1e9;
-  std::printf(
-      "%-18s %5d x %4d  cells %8.0f  merged %7.0f  library %5.0f ns/pair  ratio %6.1f  merged %6.1f\n",
-      one.name, plan.markers, plan.lines, cellEach, plainEach, fastEach, cellEach / fastEach,
-      plainEach / fastEach);
-  if (unlike > 0) std::printf("  single cells: %zu pairs with another answer\n", unlike);
-  std::fflush(stdout);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  const recombination::Level level =
-      argc > 1 ? static_cast<recombination::Level>(std::strtol(argv[1], nullptr, 10))
-               : recombination::BestLevel();
-  for (const Case& one : kCases) RunCase(one, level);
+  constexpr bench::Bar kBar = {30, 100};
+  for (const Kind& kind : kKinds) {
+    const std::string name = std::string("pairs, ") + kind.name;
+    for (const int32_t markers : {500, 1000}) {
+      bench::Add<Merged>(name + ", merged: " + std::to_string(markers),
+                         Row{kind.population, markers, kind.biallelic}, markers, kBar);
+    }
+    bench::Add<Cells>(name + ", cells: 300", Row{kind.population, 300, kind.biallelic}, 300, kBar);
+  }
+  return bench::Run(argc, argv);
 }

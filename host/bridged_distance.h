@@ -18,9 +18,9 @@ namespace host {
 bool NeedsBridge(const MapData& data, std::size_t pair);
 
 // The distance that the nearest common neighbours agree on: for each of them the two markers lie either on its
-// two sides, at the sum of its distances, or on one, at their difference; of distances that fit about equally well
-// it is the largest. Element k of both spans is the
-// distance to neighbour k, from kUnlinkedDistance on for one that is not linked. kNoBridge without neighbours.
+// two sides, at the sum of its distances, or on one, at their difference. Of distances that fit about equally
+// well it is the largest. Element k of both spans is the distance to neighbour k, from kUnlinkedDistance on for
+// one that is not linked. kNoBridge without neighbours.
 inline constexpr float kNoBridge = 1000.0F;
 float AgreedDistance(std::span<const float> toFirst, std::span<const float> toSecond);
 

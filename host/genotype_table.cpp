@@ -64,7 +64,6 @@ std::string FoldedLetters(std::string_view category, std::size_t parents) {
     const char first = kLetters[pattern.find(shared)];
     for (std::size_t k = 0; k < parents; ++k) {
       if (pattern[k] != shared) continue;
-      pattern[k] = first;
       std::replace(letters.begin(), letters.end(), kLetters[k], first);
     }
   }
@@ -108,6 +107,7 @@ std::vector<std::string> LineNamesIn(const ItemScanner& scanner, std::size_t fro
     std::vector<Word> words(lines);
     if (!TakeRow(names, lines, words).complete) return {};
     std::vector<std::string> result;
+    result.reserve(lines);
     for (Word& word : words) result.push_back(std::move(word.text));
     return result;
   }

@@ -225,6 +225,7 @@ LinkageMap BuildMap(const MapData& data, const std::vector<MarkerGroup>& groups,
   std::sort(map.unlinked.begin(), map.unlinked.end());
   if (kept.empty()) return map;
   std::vector<std::vector<int32_t>> orders;
+  orders.reserve(kept.size());
   for (const MarkerGroup& group : kept) orders.push_back(group.markers);
   if (!plan.keepFileOrder) orders = OrderGroups(data, kept, plan);
   for (std::size_t g = 0; g < kept.size(); ++g) {

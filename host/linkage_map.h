@@ -61,9 +61,9 @@ std::vector<std::vector<int32_t>> OrderGroups(const MapData& data, const std::ve
 // stands first in the file is the origin.
 void Orient(std::vector<int32_t>& order, const std::vector<int32_t>& frame);
 
-// Positions are sums of the distances between neighbours; of a clonal cross the parents' maps come with them. Neighbours that show no linkage are 1000 cM apart
-// in the files, since every reader of them takes such a distance as a frequency of 0.5; the length leaves it
-// out.
+// Positions are sums of the distances between neighbours; of a clonal cross the parents' maps come with them.
+// Neighbours that show no linkage are 1000 cM apart in the files, since every reader of them takes such a
+// distance as a frequency of 0.5; the length leaves it out.
 LinkageGroup PlaceMarkers(const MapData& data, const std::vector<int32_t>& order);
 
 // Groups of at least `minGroup` markers, ordered, placed, sorted and named: by plan.groupNames or "G7" for the

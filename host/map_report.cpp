@@ -75,8 +75,10 @@ std::string RowText(const MapRun& run, const Bins& bins, const TableRow& row) {
     const std::string p = binned->segregationP ? Significant(Plain(*binned->segregationP)) : "";
     const std::string place =
         row.place == nullptr ? "\t\t\t\t" : '\t' + Fixed(row.place->position, 4) + "\t0.0000\t\t";
-    text += row.group + '\t' + TableCell(binned->name) + place + Statistics(p, binned->missing) + kind +
-            '\t' + name + "\t\n";
+    for (const std::string& part : {row.group + '\t', TableCell(binned->name), place,
+                                    Statistics(p, binned->missing), kind, '\t' + name + "\t\n"}) {
+      text += part;
+    }
   }
   return text;
 }

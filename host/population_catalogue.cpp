@@ -80,7 +80,7 @@ std::string BiParentalDiagram(const CatalogueRow& row) {
   const std::string parent = row.recurrent == 2 ? "P2" : "P1", arrow = Centred("|", middle);
   std::string text = "  P1  x  P2\n" + arrow + '\n', last = "F1";
   for (int k = 1; k <= row.backcrosses; ++k) {
-    text += Centred(last, middle) + "  x  " + parent + '\n' + arrow + '\n';
+    text.append(Centred(last, middle)).append("  x  ").append(parent).append("\n").append(arrow).append("\n");
     last = parent + "BC" + std::to_string(k) + "F1";
   }
   text += Centred(last, middle) + '\n';

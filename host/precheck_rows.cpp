@@ -122,9 +122,9 @@ void LookAtPosition(Sheet& sheet, ChromosomeRow& chromosome, const SheetRow& row
   const bool first = !chromosome.placed;
   chromosome.placed = true;
   const auto type = sheet.Value(Field::MarkerSpaceType);
-  constexpr int64_t intervals = 1, positions = 2;
+  constexpr int64_t intervals = 1;
   const float position = type == intervals && !first ? chromosome.position + value : value;
-  if (!first && position < chromosome.position && (type == intervals || type == positions)) {
+  if (!first && position < chromosome.position && type) {
     Add(sheet, FindingKind::Map, {row.line},
         type == intervals ? "the interval of " + NameOf(row.words, 0) + " is negative"
                           : "the positions fall: " + NameOf(row.words, 0) + " at " + NameOf(row.words, 2));

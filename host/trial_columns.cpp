@@ -70,8 +70,11 @@ void ChooseKeys(const Headings& headings, const TrialColumns& wanted, ChosenColu
     if (!any) chosen.keys[k] = k;
     if (chosen.keys[k] || !given[k]->empty()) continue;
     const std::string option(kKeyRows[k].option);
-    Refuse("which column has the " + std::string(kKeyRows[k].what) + " of a plot? Name it with " + option +
-           " COLUMN, or say " + option + " " + kNoColumn + "; the columns are " + Listed(headings));
+    std::string message =
+        "which column has the " + std::string(kKeyRows[k].what) + " of a plot? Name it with ";
+    message += option + " COLUMN, or say ";
+    message += option + " none; the columns are " + Listed(headings);
+    Refuse(message);
   }
   for (std::size_t k = 0; k < kTrialKeys; ++k) {
     for (std::size_t j = 0; j < k; ++j) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <functional>
+#include <unordered_map>
 #include <utility>
 
 #include "host/exit_code.h"
@@ -24,10 +26,11 @@ struct Part {
 
 std::vector<std::size_t> PlacesIn(const std::vector<std::string>& all,
                                   const std::vector<std::string>& names) {
-  std::vector<std::size_t> places;
-  for (const std::string& name : names) {
-    places.push_back(static_cast<std::size_t>(std::find(all.begin(), all.end(), name) - all.begin()));
-  }
+  std::unordered_map<std::string_view, std::size_t> known;
+  for (std::size_t k = 0; k < all.size(); ++k) known.emplace(all[k], k);
+  std::vector<std::size_t> places(names.size());
+  std::transform(names.begin(), names.end(), places.begin(),
+                 [&](const std::string& name) { return known.at(name); });
   return places;
 }
 

@@ -30,6 +30,7 @@ void WriteOut(std::ofstream& file, std::string& text) {
 
 std::vector<std::string> QuotedNames(const std::vector<std::string>& names) {
   std::vector<std::string> quoted;
+  quoted.reserve(names.size());
   for (const std::string& name : names) quoted.push_back(QuotedName(name) + " ");
   return quoted;
 }

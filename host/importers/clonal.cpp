@@ -45,8 +45,8 @@ const ClonalCategory* CategoryFor(const ZygoteCounts& counts, int32_t population
   for (const ClonalCategory& category : kCategories) {
     if (population == 1 ? !category.clonal : !category.doubleCross) continue;
     int64_t kept = 0;
-    for (uint8_t zygotes = 1; zygotes < counts.size(); ++zygotes) {
-      if (ClassOf(category, zygotes) < category.classes.size()) kept += counts[zygotes];
+    for (std::size_t zygotes = 1; zygotes < counts.size(); ++zygotes) {
+      if (ClassOf(category, static_cast<uint8_t>(zygotes)) < category.classes.size()) kept += counts[zygotes];
     }
     if (kept <= most) continue;
     most = kept;
@@ -57,8 +57,8 @@ const ClonalCategory* CategoryFor(const ZygoteCounts& counts, int32_t population
 
 std::array<uint8_t, 16> CellsByZygotes(const ClonalCategory& category) {
   std::array<uint8_t, 16> cells{};
-  for (uint8_t zygotes = 0; zygotes < cells.size(); ++zygotes) {
-    const std::size_t found = ClassOf(category, zygotes);
+  for (std::size_t zygotes = 0; zygotes < cells.size(); ++zygotes) {
+    const std::size_t found = ClassOf(category, static_cast<uint8_t>(zygotes));
     const bool fits = found < category.classes.size();
     cells[zygotes] = fits ? host::CellOf(host::TableKind::Cdm, category.codes[found])
                           : host::MissingCell(host::TableKind::Cdm);

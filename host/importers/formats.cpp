@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "host/exit_code.h"
 #include "host/importers/sheet.h"
 #include "host/populations.h"
 #include "host/text.h"
@@ -71,6 +72,10 @@ const FormatRow* FindFormat(std::string_view name) {
 Format DetectFormat(const std::filesystem::path& path) {
   const std::vector<std::string> head = Head(path);
   if (head.empty()) return Format::Table;
+  if (head[0].starts_with('!')) {
+    throw host::Failure{host::ExitCode::InputWrong,
+                        path.string() + " is a project file already; \"tessarmont check\" looks at it"};
+  }
   if (head[0].starts_with("##fileformat=VCF") || head[0].starts_with("#CHROM")) return Format::Vcf;
   for (const std::string& line : head) {
     if (line.starts_with('#') || line.starts_with(';')) continue;

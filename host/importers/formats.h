@@ -21,7 +21,8 @@ struct FormatRow {
 std::span<const FormatRow> Formats();
 const FormatRow* FindFormat(std::string_view name);  // in any case; null when unknown
 
-// What the first lines of a file look like; a plain table where nothing else fits.
+// What the first lines of a file look like; a plain table where nothing else fits. Failure InputWrong for a
+// project file.
 Format DetectFormat(const std::filesystem::path& path);
 
 // Reads a file. Failure InputWrong names the file, the line and what is wrong there; UsageWrong where a

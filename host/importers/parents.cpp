@@ -42,7 +42,9 @@ SampleColumns PartSamples(const Request& request, const std::string& path,
       const std::string why = found == samples.end() ? " is not among the samples of "
                               : taken                ? " is named twice as a parent of "
                                                      : " is the name of two samples of ";
-      throw Failure{ExitCode::UsageWrong, "--parents: " + parent + why + path + ": " + SomeOf(samples)};
+      std::string words = "--parents: ";
+      words.append(parent).append(why).append(path).append(": ").append(SomeOf(samples));
+      throw Failure{ExitCode::UsageWrong, words};
     }
     columns.parents.push_back(place);
   }

@@ -129,16 +129,24 @@ std::string SeenSummary(const Builder& builder) {
   return text;
 }
 
-void RefuseTheImpossible(const Builder& builder) {
-  const int64_t impossible = builder.impossible;
-  if (builder.request.kind != TableKind::Map || 2 * impossible <= builder.ledger.typed) return;
+// Genotypes that cannot be there tell of another population when there are many: half of an F2 in inbred lines.
+constexpr int64_t kRefusedOneIn = 3, kNotedOneIn = 10;
+
+void JudgeTheImpossible(Builder& builder) {
+  const int64_t impossible = builder.impossible, typed = builder.ledger.typed;
+  if (builder.request.kind != TableKind::Map || kNotedOneIn * impossible <= typed) return;
   const host::PopulationRow& row = host::kPopulations[builder.request.population - 1];
-  throw Failure{ExitCode::InputWrong,
-                builder.path + ": " + std::to_string(impossible) + " of " +
-                    std::to_string(builder.ledger.typed) + " genotypes cannot be in population " +
-                    std::to_string(row.id) + " (" + std::string(row.name) + "), which shows " +
-                    std::string(row.shows) + "; the file has " + SeenSummary(builder) +
-                    ". Is it another population? \"tessarmont populations\" helps to choose"};
+  std::string words = std::to_string(impossible);
+  words.append(" of ").append(std::to_string(typed)).append(" genotypes cannot be in population ");
+  words.append(std::to_string(row.id))
+      .append(" (")
+      .append(row.name)
+      .append("), which shows ")
+      .append(row.shows);
+  words.append("; the file has ").append(SeenSummary(builder));
+  words.append(". Is it another population? \"tessarmont populations\" helps to choose");
+  if (kRefusedOneIn * impossible > typed) throw Failure{ExitCode::InputWrong, builder.path + ": " + words};
+  builder.ledger.notes.push_back(words);
 }
 
 }  // namespace
@@ -191,12 +199,14 @@ Builder StartTable(const Request& request, const std::string& path, std::vector<
   builder.table.mappingFunction = request.mappingFunction;
   builder.table.lines = lines;
   std::unordered_set<std::string_view> names;
+  std::string repeated;
   for (std::string& name : lineNames) {
     for (char& c : name) {
       if (static_cast<unsigned char>(c) < ' ') c = '_';
     }
-    if (!names.insert(name).second) builder.ledger.notes.push_back("two lines have the name " + name);
+    if (!names.insert(name).second && repeated.empty()) repeated = name;
   }
+  if (!repeated.empty()) builder.ledger.notes.push_back("two lines or more have one name: " + repeated);
   builder.table.lineNames = std::move(lineNames);
   return builder;
 }
@@ -253,7 +263,7 @@ void DoubtTheParents(Builder& builder) {
 }
 
 Import FinishTable(Builder&& builder) {
-  RefuseTheImpossible(builder);
+  JudgeTheImpossible(builder);
   DoubtTheParents(builder);
   if (builder.table.markers.empty()) {
     const std::string why = builder.ledger.read == 0

@@ -53,7 +53,8 @@ void AddMarker(Builder& builder, const MarkerSource& source, std::vector<uint8_t
                std::string_view category = {});
 void DropMarker(Builder& builder, const MarkerSource& source, Drop reason);
 
-// Failure InputWrong when no marker is left or most genotypes cannot be in the population.
+// Failure InputWrong when no marker is left or more than a third of the genotypes cannot be in the
+// population.
 Import FinishTable(Builder&& builder);
 
 // A name that project files take as it stands: no blanks, commas, slashes, quotes, stars or control

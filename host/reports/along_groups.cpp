@@ -145,11 +145,11 @@ Figure SegregationFigure(const MapReport& report) {
     }
   }
   if (tested == 0) return {};
+  const double strict = -std::log10(0.05 / static_cast<double>(tested));
   const GenomeAxis axis = LayGroups(report, kLeft + 3, kRight - 3);
-  const Panel panel = AlongPanel(0, highest * 1.05, "\xE2\x88\x92log10 p");
+  const Panel panel = AlongPanel(0, std::max(highest, strict) * 1.05, "\xE2\x88\x92log10 p");
   Drawing drawing{kFigureWidth, 0, {}};
   DrawBase(drawing, report, axis, panel);
-  const double strict = -std::log10(0.05 / static_cast<double>(tested));
   DrawThreshold(drawing, panel, 2, "p = 0.01");
   if (strict > 2.3) DrawThreshold(drawing, panel, strict, "0.05 / " + std::to_string(tested));
   DrawDots(drawing, PlaceDots(drawing, report, axis, panel, MarkerValue::Segregation));

@@ -58,7 +58,8 @@ bool Meets(const Box& a, const Box& b) {
 // A name beside its mark, where it meets no other mark and no name; returns whether there is such a place.
 bool PlaceName(Drawing& drawing, const BiplotPoint& point, const Panel& panel, std::vector<Box>& taken) {
   const std::string name = Shortened(point.name, kSmallText, 90);
-  const double width = TextWidth(name, kSmallText), x = panel.x(point.x), y = panel.y(point.y);
+  const double bold = point.environment ? 1.14 : 1;
+  const double width = TextWidth(name, kSmallText) * bold, x = panel.x(point.x), y = panel.y(point.y);
   const Point places[] = {{x + 6, y + 3},          {x - 6 - width, y + 3}, {x - width / 2, y - 6},
                           {x - width / 2, y + 13}, {x + 5, y - 4},         {x + 5, y + 11},
                           {x - 5 - width, y - 4},  {x - 5 - width, y + 11}};

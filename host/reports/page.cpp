@@ -46,6 +46,15 @@ code{font-size:.85rem;overflow-wrap:anywhere}
 h2,h3{break-after:avoid}.scroll{max-height:none;overflow:visible}.draw,.table{overflow:visible}}
 )";
 
+std::string ListHtml(const std::vector<Fact>& facts) {
+  if (facts.empty()) return {};
+  std::string html = "<dl class=\"facts\">\n";
+  for (const Fact& fact : facts) {
+    html += "<div><dt>" + Escaped(fact.label) + "</dt><dd>" + Escaped(fact.value) + "</dd></div>\n";
+  }
+  return html + "</dl>\n";
+}
+
 std::string SectionHtml(const Section& section) {
   return "<section id=\"to-" + section.id + "\">\n<h2>" + Escaped(section.title) + "</h2>\n" + section.body +
          "</section>\n";
@@ -147,15 +156,6 @@ std::string WarningsHtml(const std::vector<std::string>& warnings) {
   std::string html = "<ul class=\"warnings\">\n";
   for (const std::string& warning : warnings) html += "<li>" + Escaped(warning) + "</li>\n";
   return html + "</ul>\n";
-}
-
-std::string ListHtml(const std::vector<Fact>& facts) {
-  if (facts.empty()) return {};
-  std::string html = "<dl class=\"facts\">\n";
-  for (const Fact& fact : facts) {
-    html += "<div><dt>" + Escaped(fact.label) + "</dt><dd>" + Escaped(fact.value) + "</dd></div>\n";
-  }
-  return html + "</dl>\n";
 }
 
 std::string PageHtml(const RunFacts& run, const std::vector<Section>& sections) {

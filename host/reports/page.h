@@ -28,7 +28,6 @@ std::string FigureHtml(const Figure& figure);
 // instead of shown.
 std::string FigureNamed(const std::vector<Figure>& figures, std::string_view name);
 std::string WarningsHtml(const std::vector<std::string>& warnings);
-std::string ListHtml(const std::vector<Fact>& facts);
 
 // Summary, the sections, and what is known about the run, behind a table of contents.
 std::string PageHtml(const RunFacts& run, const std::vector<Section>& sections);

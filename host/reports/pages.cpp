@@ -129,11 +129,14 @@ std::string AgreementTables(const JointGroup& group) {
   return html;
 }
 
+// A tail that comes out as 1 less a single-precision number is 0 below the resolution of such a number.
+std::string TailCell(double p) { return p <= 0 ? "< 1e-7" : SignificantCell(p); }
+
 std::string AnovaHtml(const AnovaTable& table) {
   std::vector<Row> rows;
   for (const AnovaRow& row : table.rows) {
     rows.push_back({row.source, FixedCell(row.df, 0), FixedCell(row.ss, 4), FixedCell(row.ms, 4),
-                    FixedCell(row.f, 3), SignificantCell(row.p), FixedCell(row.variance, 4)});
+                    FixedCell(row.f, 3), TailCell(row.p), FixedCell(row.variance, 4)});
   }
   std::string html = TableHtml("Analysis of variance: " + table.where,
                                {{"source"},
@@ -150,12 +153,10 @@ std::string AnovaHtml(const AnovaTable& table) {
   return html;
 }
 
-std::string NotesHtml(const std::vector<std::string>& notes) { return WarningsHtml(notes); }
-
 std::string TraitBody(const TrialReport& report, std::size_t t, const std::vector<Figure>& figures) {
   const TraitReport& trait = report.traits[t];
   const std::string number = "_" + std::to_string(t + 1);
-  std::string body = NotesHtml(trait.notes);
+  std::string body = WarningsHtml(trait.notes);
   for (const std::string stem : {"boxes", "means", "variance", "biplot_gge", "biplot_ammi", "correlations",
                                  "quantiles", "histograms"}) {
     body += FigureNamed(figures, stem + number);

@@ -14,10 +14,9 @@ namespace {
 
 constexpr std::size_t kStops = 5;
 // By enum Ramp; stops at equal steps.
-constexpr std::array<std::array<Colour, kStops>, 3> kRamps = {{
+constexpr std::array<std::array<Colour, kStops>, 2> kRamps = {{
     {{{247, 251, 255}, {198, 219, 239}, {107, 174, 214}, {33, 113, 181}, {8, 40, 90}}},
     {{{255, 247, 236}, {253, 212, 158}, {252, 141, 89}, {203, 48, 24}, {103, 0, 0}}},
-    {{{250, 250, 250}, {205, 205, 205}, {150, 150, 150}, {90, 90, 90}, {25, 25, 25}}},
 }};
 
 uint8_t Between(uint8_t a, uint8_t b, double share) {

@@ -14,7 +14,7 @@ struct Colour {
 };
 
 // Ramps from light to dark, whose lightness falls steadily.
-enum class Ramp { Blue, Orange, Grey };
+enum class Ramp { Blue, Orange };
 // share is cut to 0 to 1.
 Colour ShadeAt(Ramp ramp, double share);
 std::string Hex(Colour colour);  // "#08306b"

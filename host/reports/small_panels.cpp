@@ -19,6 +19,7 @@ SmallPanels LayPanels(std::size_t count, double width, double height) {
   panels.cellWidth =
       std::min(kFigureWidth / static_cast<double>(std::max<std::size_t>(1, panels.perRow)), 330.0);
   panels.cellHeight = panels.perRow <= 3 ? height * 1.4 : height;
+  panels.width = static_cast<double>(panels.perRow) * panels.cellWidth + 4;
   panels.height = static_cast<double>(rows) * panels.cellHeight + 6;
   return panels;
 }

@@ -14,7 +14,8 @@ inline constexpr double kLabelPitch = 11;  // pixels that an upright or stacked 
 
 struct SmallPanels {
   std::size_t all = 0, shown = 0, perRow = 1;
-  double cellWidth = 0, cellHeight = 0, height = 0;  // pixels; height of the whole figure
+  double cellWidth = 0, cellHeight = 0;  // pixels
+  double width = 0, height = 0;          // of the whole figure
 };
 // Panels of at least `width` and of exactly `height` pixels, margins included; at most `kMostPanels`.
 inline constexpr std::size_t kMostSmallPanels = 40;

@@ -121,7 +121,7 @@ Figure BoxPlots(const TrialReport& report, std::size_t t) {
 Figure QuantilePlots(const TrialReport& report, std::size_t t) {
   const TraitReport& trait = report.traits[t];
   SmallPanels panels = LayPanels(trait.quantiles.size(), 200, 170);
-  Drawing drawing{kFigureWidth, panels.height, {}};
+  Drawing drawing{panels.width, panels.height, {}};
   std::size_t residuals = 0, drawn = 0;
   for (std::size_t k = 0; k < panels.shown; ++k) {
     const QuantileSet& set = trait.quantiles[k];
@@ -159,7 +159,7 @@ Figure QuantilePlots(const TrialReport& report, std::size_t t) {
 Figure Histograms(const TrialReport& report, std::size_t t) {
   const TraitReport& trait = report.traits[t];
   SmallPanels panels = LayPanels(trait.histograms.size(), 200, 130);
-  Drawing drawing{kFigureWidth, panels.height, {}};
+  Drawing drawing{panels.width, panels.height, {}};
   double values = 0;
   for (std::size_t k = 0; k < panels.shown; ++k) {
     const Histogram& histogram = trait.histograms[k];

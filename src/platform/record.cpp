@@ -1,9 +1,11 @@
 #include "platform/record.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/fatal.h"
 
@@ -25,12 +27,13 @@ void AppendNotFinite(std::string& record, int width, float value) {
   AppendRightAligned(record, width, isNaN ? "NaN" : value > 0 ? "Infinity" : "-Infinity");
 }
 
+constexpr double kWhole = 0x1p52;  // whole numbers below are exact; adding it rounds to one
+
 // The common case, at several times the speed: a float times a power of ten up to 10^9 is exact in a double,
 // and rounding that to the nearest whole number, ties to even, is what the decimal form asks for. False when
 // it is not the common case.
 bool AppendSmallReal(std::string& record, int width, int decimals, float value) {
   static constexpr double kPowers[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
-  static constexpr double kWhole = 0x1p52;  // whole numbers below are exact; adding it rounds to one
   if (decimals < 1 || decimals > 9) {
     return false;
   }
@@ -55,6 +58,43 @@ bool AppendSmallReal(std::string& record, int width, int decimals, float value) 
     *--p = '-';
   }
   AppendRightAligned(record, width, {p, static_cast<std::size_t>(end - p)});
+  return true;
+}
+
+constexpr std::array<char, 200> kPairs = [] {  // "000102" to "99"
+  std::array<char, 200> pairs{};
+  for (std::size_t k = 0; k < 100; ++k) {
+    pairs[2 * k] = static_cast<char>('0' + k / 10);
+    pairs[2 * k + 1] = static_cast<char>('0' + k % 10);
+  }
+  return pairs;
+}();
+void PutPair(char* place, std::size_t pair) { std::memcpy(place, kPairs.data() + 2 * pair, 2); }
+
+constexpr int kPlainDecimals = 4, kPlainWidth = 10;  // a sign, four digits, the point, four decimals
+
+// The same at twice that speed for values below 10,000 with four decimals, into a field of blanks of at least
+// kPlainWidth that ends at `end`.
+bool PutFourDecimals(char* end, float value) {
+  const double scaled = static_cast<double>(std::fabs(value)) * 1e4;
+  if (!(scaled < 99999999.0)) {
+    return false;
+  }
+  const auto left = static_cast<uint32_t>(static_cast<int32_t>(scaled + kWhole - kWhole));
+  const uint32_t whole = left / 10000, part = left % 10000;
+  PutPair(end - 2, part % 100);
+  PutPair(end - 4, part / 100);
+  end[-5] = '.';
+  PutPair(end - 7, whole % 100);
+  PutPair(end - 9, whole / 100);
+  // Without a branch, which would be guessed wrongly at every other number: a zero becomes a blank when its
+  // bit of 16 goes, and so does every leading one but that before the point.
+  constexpr char kBit = '0' ^ ' ';
+  const int zeros = (whole < 1000 ? 1 : 0) + (whole < 100 ? 1 : 0) + (whole < 10 ? 1 : 0);
+  for (int k = 0; k < 3; ++k) {
+    end[k - 9] = static_cast<char>(end[k - 9] ^ (k < zeros ? kBit : 0));
+  }
+  end[zeros - 10] = std::signbit(value) ? '-' : ' ';
   return true;
 }
 
@@ -96,6 +136,22 @@ void AppendReal(std::string& record, int width, int decimals, float value) {
     const auto end =
         std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals).ptr;
     AppendRightAligned(record, width, {digits, static_cast<std::size_t>(end - digits)});
+  }
+}
+
+void AppendReals(std::string& record, int width, int decimals, std::span<const float> values) {
+  const auto columns = static_cast<std::size_t>(width);
+  const bool plain = decimals == kPlainDecimals && width >= kPlainWidth;
+  std::size_t end = record.size();
+  record.resize(end + columns * values.size(), ' ');
+  std::string field;
+  for (const float value : values) {
+    end += columns;
+    if (!plain || !PutFourDecimals(record.data() + end, value)) {
+      field.clear();
+      AppendReal(field, width, decimals, value);
+      std::memcpy(record.data() + end - columns, field.data(), columns);
+    }
   }
 }
 

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -86,6 +87,7 @@ consteval EditList Edits(std::string_view text) {
 void AppendText(std::string& record, int width, std::string_view text);
 void AppendInteger(std::string& record, int width, int32_t value);
 void AppendReal(std::string& record, int width, int decimals, float value);
+void AppendReals(std::string& record, int width, int decimals, std::span<const float> values);
 void AppendExponent(std::string& record, int width, int decimals, int exponent, float value);
 
 // The record of a list and its values, in order; ends behind the last value.

@@ -1,5 +1,6 @@
 #include "platform/unit.h"
 
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -76,6 +77,17 @@ std::string SystemName(std::string_view name) {
   return std::string(name);
 }
 
+// Asks for large pages under a large text, which saves the better part of the time to have its memory. Advice
+// only: nothing depends on it.
+void AdviseLargePages(std::string& text) {
+  constexpr std::size_t kPage = 4096, kLarge = std::size_t{1} << 22;
+  void* place = text.data();
+  std::size_t bytes = text.capacity();
+  if (bytes >= kLarge && std::align(kPage, kPage, place, bytes) != nullptr) {
+    madvise(place, bytes / kPage * kPage, MADV_HUGEPAGE);
+  }
+}
+
 void ReadWhole(FileUnit& unit) {
   struct stat status = {};
   if (stat(unit.name.c_str(), &status) != 0) {
@@ -93,6 +105,8 @@ void ReadWhole(FileUnit& unit) {
   // To the end, wherever that is by now: the size may be that of a file that still grows.
   constexpr std::size_t kGrowth = 65536;
   const auto size = static_cast<std::size_t>(status.st_size);
+  unit.text.reserve(size + 1);
+  AdviseLargePages(unit.text);
   std::size_t got = 0;
   while (std::feof(file.get()) == 0) {
     unit.text.resize(got < size ? size + 1 : got + kGrowth);

@@ -379,15 +379,15 @@ bool ParseReal(std::string_view token, float& value) {
   if (digits.empty() || (ClassOf(digits.front()) != kDigit && digits.front() != '.')) {
     return false;  // also "nan" and "inf", which are no decimal forms
   }
-  std::string withE;
-  if (digits.find_first_of("dD") != std::string_view::npos) {
-    withE = digits;
-    std::replace_if(
-        withE.begin(), withE.end(), [](char c) { return c == 'd' || c == 'D'; }, 'e');
-    digits = withE;
-  }
   float parsed = 0;
-  const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), parsed);
+  auto result = std::from_chars(digits.data(), digits.data() + digits.size(), parsed);
+  std::string withE;
+  if (result.ptr != digits.data() + digits.size() && (*result.ptr == 'd' || *result.ptr == 'D')) {
+    withE = digits;
+    withE[static_cast<std::size_t>(result.ptr - digits.data())] = 'e';
+    digits = withE;
+    result = std::from_chars(digits.data(), digits.data() + digits.size(), parsed);
+  }
   if (result.ec == std::errc::invalid_argument || result.ptr != digits.data() + digits.size()) {
     return false;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <vector>
 
 #include "stats/kernel_error.h"
 
@@ -27,11 +28,10 @@ void HoldPreconditions(std::span<const float> x, int32_t k, float xlo, float xhi
 }
 
 // The inner class i with (i - 1) h below `above` and `above` at most i h, or 0. The bounds rise with i, so a
-// guess by division and a few steps find it.
-int32_t InnerClass(float above, float h, int32_t inner) {
+// guess and a few steps find it.
+int32_t InnerClass(float above, float h, float guess, int32_t inner) {
   const auto bound = [h](int32_t i) { return static_cast<float>(i) * h; };
-  const float guess = above / h;
-  int32_t i = guess < static_cast<float>(inner) ? std::max(static_cast<int32_t>(guess), 1) : inner;
+  int32_t i = guess < static_cast<float>(inner - 1) ? static_cast<int32_t>(guess) + 1 : inner;
   while (i > 1 && above <= bound(i - 1)) {
     --i;
   }
@@ -47,16 +47,20 @@ void OWFRQ(std::span<const float> x, int32_t k, float* table, float xlo, float x
   HoldPreconditions(x, k, xlo, xhi);
   const int32_t inner = k - 2;
   const float h = (xhi - xlo) / static_cast<float>(inner);
-  std::fill_n(table, k, 0.0F);
+  const float perUnit = 1 / h;
+  std::vector<int32_t> counts(static_cast<std::size_t>(k), 0);
   for (const float value : x) {
     if (value <= xlo) {
-      table[0] += 1;
+      ++counts.front();
     } else if (value > xhi) {
-      table[k - 1] += 1;
-    } else if (const int32_t i = InnerClass(value - xlo, h, inner); i != 0) {
-      table[i] += 1;
+      ++counts.back();
+    } else if (const int32_t i = InnerClass(value - xlo, h, (value - xlo) * perUnit, inner); i != 0) {
+      ++counts[static_cast<std::size_t>(i)];
     }
   }
+  static constexpr int32_t kStandstill = 1 << 24;  // where a float that counts by one stays
+  std::transform(counts.begin(), counts.end(), table,
+                 [](int32_t count) { return static_cast<float>(std::min(count, kStandstill)); });
   div[0] = xlo - h / 2;
   for (int32_t i = 1; i <= inner; ++i) {
     div[i] = (static_cast<float>(i) - 0.5F) * h + xlo;

@@ -27,18 +27,20 @@ uint64_t KeyOf(float value, std::size_t place) {
 // eleven bits. Tied values share one rank, so their order does not matter.
 std::vector<uint64_t> SortKeys(std::span<const float> x) {
   constexpr uint64_t kPart = 0x7FF;
+  constexpr int kShifts[] = {32, 43, 54};
   std::vector<uint64_t> keys(x.size()), other(x.size());
+  std::array<std::array<std::size_t, kPart + 2>, std::size(kShifts)> begins{};
   for (std::size_t i = 0; i < x.size(); ++i) {
     keys[i] = KeyOf(x[i], i);
-  }
-  for (const int shift : {32, 43, 54}) {
-    std::array<std::size_t, kPart + 2> begin{};
-    for (const uint64_t key : keys) {
-      ++begin[(key >> shift & kPart) + 1];
+    for (std::size_t part = 0; part < begins.size(); ++part) {
+      ++begins[part][(keys[i] >> kShifts[part] & kPart) + 1];
     }
+  }
+  for (std::size_t part = 0; part < begins.size(); ++part) {
+    auto& begin = begins[part];
     std::partial_sum(begin.begin(), begin.end(), begin.begin());
     for (const uint64_t key : keys) {
-      other[begin[key >> shift & kPart]++] = key;
+      other[begin[key >> kShifts[part] & kPart]++] = key;
     }
     keys.swap(other);
   }

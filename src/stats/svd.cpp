@@ -65,9 +65,14 @@ void Rotate(double* x, double* y, std::size_t n, double cosine, double sine) {
 
 // Makes columns p and q orthogonal; false when they were.
 bool RotatePair(Columns& w, Columns& v, std::size_t p, std::size_t q) {
-  const double pp = Dot(w.Column(p), w.Column(p), w.rows);
-  const double qq = Dot(w.Column(q), w.Column(q), w.rows);
-  const double pq = Dot(w.Column(p), w.Column(q), w.rows);
+  const double* const x = w.Column(p);
+  const double* const y = w.Column(q);
+  double pp = 0, qq = 0, pq = 0;  // three sums at once: each waits for itself only
+  for (std::size_t i = 0; i < w.rows; ++i) {
+    pp += x[i] * x[i];
+    qq += y[i] * y[i];
+    pq += x[i] * y[i];
+  }
   if (!(std::fabs(pq) > kOrthogonal * std::sqrt(pp) * std::sqrt(qq))) {
     return false;
   }

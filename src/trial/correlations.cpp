@@ -44,9 +44,7 @@ float BetweenTraits(const TrialTrait& first, int32_t a, const TrialTrait& second
 
 void WriteRow(int32_t unit, int32_t first, int32_t second, const std::vector<float>& values) {
   std::string record = Record(Edits("2I6"), {first, second});
-  for (const float value : values) {
-    platform::AppendReal(record, 10, 4, value);
-  }
+  platform::AppendReals(record, 10, 4, values);
   WriteRecord(unit, record);
 }
 

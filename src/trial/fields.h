@@ -13,9 +13,7 @@ namespace trial {
 
 // The value fields F12.4 behind the names of a record.
 inline void AppendValues(std::string& record, std::span<const float> values) {
-  for (const float value : values) {
-    platform::AppendReal(record, 12, 4, value);
-  }
+  platform::AppendReals(record, 12, 4, values);
 }
 
 // The column heading 1X,A11.

@@ -47,6 +47,9 @@ std::vector<std::vector<float>> PlotsByBlock(const TrialTrait& trait, int32_t e)
   std::vector<std::vector<float>> plots(static_cast<std::size_t>(NumBlocks(trait, e)));
   const auto values = OfEnvironment(trait, trait.Value, e);
   const auto blocks = OfEnvironment(trait, trait.BlockId, e);
+  for (std::vector<float>& ofBlock : plots) {
+    ofBlock.reserve(values.size() / plots.size() + 1);
+  }
   for (std::size_t j = 0; j < values.size(); ++j) {
     if (blocks[j] <= NumBlocks(trait, e)) {
       ItemAt(plots, blocks[j]).push_back(values[j]);

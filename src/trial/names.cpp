@@ -1,6 +1,5 @@
 #include "trial/names.h"
 
-#include <algorithm>
 #include <cstring>
 
 namespace trial {
@@ -19,8 +18,14 @@ std::size_t Hash(const Name& name) {
   return static_cast<std::size_t>(hash >> 16);
 }
 
+template <class Part>
+bool Like(const Name& one, const Name& other, std::size_t from) {
+  return std::memcmp(one.data() + from, other.data() + from, sizeof(Part)) == 0;
+}
 bool ItemIs(const NameList& list, int32_t position, const Name& name) {
-  return list.names[static_cast<std::size_t>(position) - 1] == name;
+  const Name& item = list.names[static_cast<std::size_t>(position) - 1];
+  return Like<uint64_t>(item, name, 0) && Like<uint64_t>(item, name, 8) && Like<uint16_t>(item, name, 16) &&
+         item[18] == name[18];
 }
 
 // The slot of a name, or the empty one where it belongs.
@@ -46,15 +51,18 @@ void Rehash(NameList& list) {
 // Rows often come in the order of their names: the name before once more, or the one behind it.
 int32_t PositionOf(NameList& list, const Name& name) {
   if (list.slots.empty()) {
-    const auto found = std::find(list.names.begin(), list.names.end(), name);
-    if (found == list.names.end()) {
+    const auto count = static_cast<int32_t>(list.names.size());
+    int32_t position = 1;
+    while (position <= count && !ItemIs(list, position, name)) {
+      ++position;
+    }
+    if (position > count) {
       list.names.push_back(name);
       if (list.names.size() > kShort) {
         Rehash(list);
       }
-      return static_cast<int32_t>(list.names.size());
     }
-    return static_cast<int32_t>(found - list.names.begin()) + 1;
+    return position;
   }
   for (const int32_t guess : {list.last, list.last + 1}) {
     if (static_cast<std::size_t>(guess) <= list.names.size() && ItemIs(list, guess, name)) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <limits>
 #include <numeric>
+#include <optional>
 
 #include "trial/trial_table.h"
 
@@ -19,17 +20,6 @@ void Add(Sum& sum, float value) {
   ++sum.count;
 }
 float MeanOf(const Sum& sum) { return sum.count > 0 ? sum.value / static_cast<float>(sum.count) : kNoValue; }
-
-// One trait's values, row by row.
-std::vector<float> ColumnOf(const TrialTable& table, const PlotRows& rows, int32_t t) {
-  std::vector<float> values(rows.genotype.size());
-  auto place = static_cast<std::size_t>(t) - 1;
-  for (float& one : values) {
-    one = rows.values[place];
-    place += static_cast<std::size_t>(table.NumTraits);
-  }
-  return values;
-}
 
 // The places (from 1) that are marked, and for every place its rank among them, 0 for none.
 struct Present {
@@ -47,6 +37,13 @@ Present Ranked(const std::vector<char>& marks) {
   return present;
 }
 
+// Where the plots with data of a trait go. Traits of which no plot is missing share one.
+struct Layout {
+  Present genotypes, environments;
+  std::vector<int32_t> BlockBegin, BlockIndex, CellBegin, BlockId;  // as in the trait
+  std::vector<int32_t> place;  // by row; what a missing plot has means nothing
+};
+
 // Which of a list's names have a value of the trait.
 Present PresentNames(const std::vector<float>& values, const std::vector<int32_t>& names, int32_t listed) {
   std::vector<char> marks(static_cast<std::size_t>(listed), 0);
@@ -59,7 +56,7 @@ Present PresentNames(const std::vector<float>& values, const std::vector<int32_t
 }
 
 void FindBlocks(const TrialTable& table, const PlotRows& rows, const std::vector<float>& values,
-                TrialTrait& trait) {
+                Layout& layout) {
   std::vector<std::size_t> begin(1, 0);
   for (const TrialEnvironment& environment : table.Environment) {
     begin.push_back(begin.back() + environment.BlockName.size());
@@ -70,42 +67,65 @@ void FindBlocks(const TrialTable& table, const PlotRows& rows, const std::vector
       marks[ItemAt(begin, rows.environment[row]) + static_cast<std::size_t>(rows.block[row]) - 1] = 1;
     }
   }
-  trait.BlockBegin.push_back(0);
-  for (const int32_t e : trait.EnvironmentIndex) {
+  layout.BlockBegin.push_back(0);
+  for (const int32_t e : layout.environments.index) {
     for (std::size_t b = ItemAt(begin, e); b < begin[static_cast<std::size_t>(e)]; ++b) {
       if (marks[b] != 0) {
-        trait.BlockIndex.push_back(static_cast<int32_t>(b - ItemAt(begin, e)) + 1);
+        layout.BlockIndex.push_back(static_cast<int32_t>(b - ItemAt(begin, e)) + 1);
       }
     }
-    trait.BlockBegin.push_back(TotalBlocks(trait));
+    layout.BlockBegin.push_back(static_cast<int32_t>(layout.BlockIndex.size()));
   }
 }
 
 // Counting sort of the plots with data into the cells; rows keep their order within a cell.
-void FillCells(const PlotRows& rows, const std::vector<float>& values, const Present& genotypes,
-               const Present& environments, TrialTrait& trait) {
-  const std::size_t cells =
-      static_cast<std::size_t>(trait.NumGenotypes) * static_cast<std::size_t>(trait.NumEnvironments);
-  const auto cellOf = [&](std::size_t row) {
-    return CellPlace(trait, ItemAt(genotypes.position, rows.genotype[row]),
-                     ItemAt(environments.position, rows.environment[row]));
-  };
-  trait.CellBegin.assign(cells + 1, 0);
-  for (std::size_t row = 0; row < rows.genotype.size(); ++row) {
+void FindCells(const PlotRows& rows, const std::vector<float>& values, Layout& layout) {
+  const std::size_t genotypes = layout.genotypes.index.size();
+  layout.place.resize(rows.genotype.size());
+  layout.CellBegin.assign(genotypes * layout.environments.index.size() + 1, 0);
+  for (std::size_t row = 0; row < layout.place.size(); ++row) {
     if (!IsMissing(values[row])) {
-      ++trait.CellBegin[cellOf(row) + 1];
+      const auto g = static_cast<std::size_t>(ItemAt(layout.genotypes.position, rows.genotype[row])) - 1;
+      const auto e =
+          static_cast<std::size_t>(ItemAt(layout.environments.position, rows.environment[row])) - 1;
+      layout.place[row] = layout.CellBegin[e * genotypes + g + 1]++;  // within the cell, to begin with
     }
   }
-  std::partial_sum(trait.CellBegin.begin(), trait.CellBegin.end(), trait.CellBegin.begin());
-  trait.BlockId.resize(static_cast<std::size_t>(trait.CellBegin.back()));
+  std::partial_sum(layout.CellBegin.begin(), layout.CellBegin.end(), layout.CellBegin.begin());
+  layout.BlockId.resize(static_cast<std::size_t>(layout.CellBegin.back()));
+  for (std::size_t row = 0; row < layout.place.size(); ++row) {
+    if (!IsMissing(values[row])) {
+      const auto g = static_cast<std::size_t>(ItemAt(layout.genotypes.position, rows.genotype[row])) - 1;
+      const auto e =
+          static_cast<std::size_t>(ItemAt(layout.environments.position, rows.environment[row])) - 1;
+      layout.place[row] += layout.CellBegin[e * genotypes + g];
+      layout.BlockId[static_cast<std::size_t>(layout.place[row])] = rows.block[row];
+    }
+  }
+}
+
+Layout LayOut(const TrialTable& table, const PlotRows& rows, const std::vector<float>& values) {
+  Layout layout;
+  layout.genotypes = PresentNames(values, rows.genotype, table.NumGenotypes);
+  layout.environments = PresentNames(values, rows.environment, table.NumEnvironments);
+  FindBlocks(table, rows, values, layout);
+  FindCells(rows, values, layout);
+  return layout;
+}
+
+void TakePlots(const Layout& layout, const std::vector<float>& values, TrialTrait& trait) {
+  trait.GenotypeIndex = layout.genotypes.index;
+  trait.EnvironmentIndex = layout.environments.index;
+  trait.NumGenotypes = static_cast<int32_t>(trait.GenotypeIndex.size());
+  trait.NumEnvironments = static_cast<int32_t>(trait.EnvironmentIndex.size());
+  trait.BlockBegin = layout.BlockBegin;
+  trait.BlockIndex = layout.BlockIndex;
+  trait.CellBegin = layout.CellBegin;
+  trait.BlockId = layout.BlockId;
   trait.Value.resize(trait.BlockId.size());
-  std::vector<int32_t> next(trait.CellBegin.begin(), trait.CellBegin.end() - 1);
-  for (std::size_t row = 0; row < rows.genotype.size(); ++row) {
-    const float value = values[row];
-    if (!IsMissing(value)) {
-      const auto place = static_cast<std::size_t>(next[cellOf(row)]++);
-      trait.BlockId[place] = rows.block[row];
-      trait.Value[place] = value;
+  for (std::size_t row = 0; row < values.size(); ++row) {
+    if (!IsMissing(values[row])) {
+      trait.Value[static_cast<std::size_t>(layout.place[row])] = values[row];
     }
   }
 }
@@ -142,18 +162,25 @@ Sums SumUp(const TrialTrait& trait) {
   sums.cells.resize(trait.CellBegin.size() - 1);
   sums.blocks.resize(trait.BlockIndex.size());
   for (int32_t e = 1; e <= trait.NumEnvironments; ++e) {
+    Sum environment;
+    const int32_t counted = NumBlocks(trait, e);
+    Sum* const ofBlocks = sums.blocks.data() + ItemAt(trait.BlockBegin, e);
     for (int32_t g = 1; g <= trait.NumGenotypes; ++g) {
       const auto values = OfCell(trait, trait.Value, g, e);
       const auto blocks = OfCell(trait, trait.BlockId, g, e);
+      Sum genotype = ItemAt(sums.genotypes, g), cell;
       for (std::size_t j = 0; j < values.size(); ++j) {
-        Add(ItemAt(sums.genotypes, g), values[j]);
-        Add(ItemAt(sums.environments, e), values[j]);
-        Add(sums.cells[CellPlace(trait, g, e)], values[j]);
-        if (blocks[j] <= NumBlocks(trait, e)) {
-          Add(ItemAt(sums.blocks, ItemAt(trait.BlockBegin, e) + blocks[j]), values[j]);
+        Add(genotype, values[j]);
+        Add(environment, values[j]);
+        Add(cell, values[j]);
+        if (blocks[j] <= counted) {
+          Add(ofBlocks[blocks[j] - 1], values[j]);
         }
       }
+      ItemAt(sums.genotypes, g) = genotype;
+      sums.cells[CellPlace(trait, g, e)] = cell;
     }
+    ItemAt(sums.environments, e) = environment;
   }
   return sums;
 }
@@ -189,19 +216,9 @@ void CellStatistics(const std::vector<Sum>& sums, TrialTrait& trait) {
   }
 }
 
-}  // namespace
-
-TrialTrait MakeTrait(const TrialTable& table, const PlotRows& rows, int32_t t) {
+TrialTrait MakeTrait(const Layout& layout, const std::vector<float>& values) {
   TrialTrait trait;
-  const std::vector<float> values = ColumnOf(table, rows, t);
-  const Present genotypes = PresentNames(values, rows.genotype, table.NumGenotypes);
-  const Present environments = PresentNames(values, rows.environment, table.NumEnvironments);
-  trait.GenotypeIndex = genotypes.index;
-  trait.EnvironmentIndex = environments.index;
-  trait.NumGenotypes = static_cast<int32_t>(genotypes.index.size());
-  trait.NumEnvironments = static_cast<int32_t>(environments.index.size());
-  FindBlocks(table, rows, values, trait);
-  FillCells(rows, values, genotypes, environments, trait);
+  TakePlots(layout, values, trait);
   WholeTraitStatistics(values, trait);
   const Sums sums = SumUp(trait);
   MeansAndEffects(sums.genotypes, trait.GrandMean, trait.GenotypeMean, trait.GenotypeEffect);
@@ -209,6 +226,24 @@ TrialTrait MakeTrait(const TrialTable& table, const PlotRows& rows, int32_t t) {
   BlockStatistics(sums.blocks, trait);
   CellStatistics(sums.cells, trait);
   return trait;
+}
+
+}  // namespace
+
+std::vector<TrialTrait> MakeTraits(const TrialTable& table, const PlotRows& rows) {
+  std::vector<TrialTrait> traits;
+  std::optional<Layout> whole;
+  for (const std::vector<float>& values : rows.values) {
+    if (std::any_of(values.begin(), values.end(), IsMissing)) {
+      traits.push_back(MakeTrait(LayOut(table, rows, values), values));
+      continue;
+    }
+    if (!whole) {
+      whole = LayOut(table, rows, values);
+    }
+    traits.push_back(MakeTrait(*whole, values));
+  }
+  return traits;
 }
 
 }  // namespace trial

@@ -6,6 +6,7 @@
 #include "platform/record.h"
 #include "platform/unit.h"
 #include "project/reader.h"
+#include "trial/plain_row.h"
 
 namespace trial {
 namespace {
@@ -31,28 +32,53 @@ struct NameLists {
   std::vector<NameList> blocks;  // by environment: a block's name belongs to it
 };
 
-// One row. What a null or a slash leaves out is blank, or a 0.0 like any other.
-bool ReadRow(int32_t numTraits, NameLists& lists, std::vector<float>& values, PlotRows& rows) {
-  Name keys[kKeyColumns];
+// What the token read makes of a row. What a null or a slash leaves out is blank, or a 0.0 like any other.
+bool ReadAnyRow(std::span<Name, kKeyColumns> keys, std::vector<float>& values, std::size_t traits) {
   for (Name& key : keys) {
     key.fill(' ');
   }
-  const auto traits = static_cast<std::size_t>(numTraits);
   values.clear();
-  if (project::ReadTokens(
-          kTableUnit,
-          {project::TextItem(keys[0].data(), kNameWidth), project::TextItem(keys[1].data(), kNameWidth),
-           project::TextItem(keys[2].data(), kNameWidth), project::RealItems(values, traits)}) != 0) {
-    return false;
+  const bool good = project::ReadTokens(kTableUnit, {project::TextItem(keys[0].data(), kNameWidth),
+                                                     project::TextItem(keys[1].data(), kNameWidth),
+                                                     project::TextItem(keys[2].data(), kNameWidth),
+                                                     project::RealItems(values, traits)}) == 0;
+  values.resize(traits, 0.0F);
+  return good;
+}
+
+bool ReadRow(NameLists& lists, std::vector<float>& values, PlotRows& rows) {
+  Name keys[kKeyColumns];
+  std::string_view record;
+  if (!platform::ReadRecord(kTableUnit, record) || !TakePlainRow(record, keys, values)) {
+    platform::StepBack(kTableUnit);
+    if (!ReadAnyRow(keys, values, rows.values.size())) {
+      return false;
+    }
   }
   const int32_t e = PositionOf(lists.environments, keys[0]);
-  lists.blocks.resize(lists.environments.names.size());
+  if (lists.blocks.size() < lists.environments.names.size()) {
+    lists.blocks.resize(lists.environments.names.size());
+  }
   rows.environment.push_back(e);
   rows.genotype.push_back(PositionOf(lists.genotypes, keys[1]));
   rows.block.push_back(PositionOf(ItemAt(lists.blocks, e), keys[2]));
-  values.resize(traits, 0.0F);
-  rows.values.insert(rows.values.end(), values.begin(), values.end());
+  for (std::size_t t = 0; t < values.size(); ++t) {
+    rows.values[t].push_back(values[t]);
+  }
   return true;
+}
+
+// Room for as many rows as are claimed and could be in the file: two characters a column at least.
+void Reserve(int32_t numRows, PlotRows& rows) {
+  const std::size_t bytes = 2 * (kKeyColumns + rows.values.size());
+  const std::size_t room =
+      std::min(static_cast<std::size_t>(std::max(numRows, 0)), platform::BytesLeft(kTableUnit) / bytes);
+  for (std::vector<int32_t>* positions : {&rows.environment, &rows.genotype, &rows.block}) {
+    positions->reserve(room);
+  }
+  for (std::vector<float>& values : rows.values) {
+    values.reserve(room);
+  }
 }
 
 // The title and the rows, up to the first that cannot be read, which the log is told.
@@ -62,10 +88,12 @@ bool ReadRows(int32_t logUnit, int32_t numRows, int32_t numTraits, NameLists& li
     WriteRecord(logUnit, "--Input error: cannot read the title line!");
     return false;
   }
-  std::vector<float> values;
+  rows.values.resize(static_cast<std::size_t>(numTraits));
+  Reserve(numRows, rows);
+  std::vector<float> values(rows.values.size());
   for (int64_t row = 1; row <= numRows; ++row) {
     const auto i = static_cast<int32_t>(row);
-    if (!ReadRow(numTraits, lists, values, rows)) {
+    if (!ReadRow(lists, values, rows)) {
       WriteRecord(logUnit, Record(Edits("A,I5,A"), {"--Input error: can't read the", i, "th row!"}));
       return false;
     }
@@ -107,9 +135,7 @@ bool ReadTrialTable(int32_t logUnit, int32_t numRows, int32_t numColumns, std::s
   for (NameList& blocks : lists.blocks) {
     table.Environment.push_back({std::move(blocks.names)});
   }
-  for (int32_t t = 1; t <= numTraits; ++t) {
-    table.Trait.push_back(MakeTrait(table, rows, t));
-  }
+  table.Trait = MakeTraits(table, rows);
   return true;
 }
 

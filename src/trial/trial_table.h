@@ -108,13 +108,13 @@ inline float OfBlock(const TrialTrait& trait, const std::vector<float>& blocks, 
 bool ReadTrialTable(int32_t logUnit, int32_t numRows, int32_t numColumns, std::string_view path,
                     TrialTable& table);
 
-// The rows as read: positions in the table's lists, and the values row by row.
+// The rows as read: positions in the table's lists, and the values of each trait.
 struct PlotRows {
   std::vector<int32_t> environment, genotype, block;
-  std::vector<float> values;
+  std::vector<std::vector<float>> values;
 };
 
-// Cells, means and effects of the t-th trait (from 1).
-TrialTrait MakeTrait(const TrialTable& table, const PlotRows& rows, int32_t t);
+// Cells, means and effects of all traits.
+std::vector<TrialTrait> MakeTraits(const TrialTable& table, const PlotRows& rows);
 
 }  // namespace trial

@@ -135,6 +135,11 @@ TEST(Cleaning, BinnedMarkersStandAtTheirPlace) {
   const auto groups = MarkersByGroup(TableRows(sandbox.Read("x.map.tsv")));
   const std::vector<std::string>& first = groups.at("first");
   EXPECT_LT(std::find(first.begin(), first.end(), "c1m07"), std::find(first.begin(), first.end(), "c1m02"));
+  // One that is left out is passed over.
+  const CommandResult dropped =
+      RunCommand(sandbox, {"map", "x.map", "--max-missing", "0", "--quiet", "--anchor-order", "frame.txt"});
+  ASSERT_EQ(dropped.code, 0) << dropped.err;
+  EXPECT_EQ(TableRows(sandbox.Read("x.map.tsv")).size(), 14U);
   EXPECT_TRUE(std::filesystem::is_empty(sandbox.scratch));
 }
 

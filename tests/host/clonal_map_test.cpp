@@ -116,6 +116,8 @@ TEST(ClonalMap, RecoversOrderPositionsAndPhases) {
       const bool placed = row.at("group") != "unlinked";
       EXPECT_EQ(row.at("female_position").empty(), !placed || category == "A=B");
       EXPECT_EQ(row.at("male_position").empty(), !placed || category == "C=D");
+      EXPECT_EQ(row.at("female_phase").empty(), row.at("female_position").empty());
+      EXPECT_EQ(row.at("male_phase").empty(), row.at("male_position").empty());
       const bool deleted = sandbox.Read("x.sum").find("1 " + row.at("marker") + " ") != std::string::npos;
       EXPECT_TRUE(placed || deleted);
     }

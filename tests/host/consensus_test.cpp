@@ -113,7 +113,8 @@ TEST(Consensus, BuildsOneFileAChromosome) {
   ASSERT_EQ(result.code, 0) << result.err;
   EXPECT_EQ(sandbox.Names(),
             (std::vector<std::string>{"both.LG1.cmp", "both.LG2.cmp", "both.cmp.log", "both.consensus.tsv",
-                                      "both.second-LG3.cmp", "first.map.tsv", "second.map.tsv"}));
+                                      "both.report.html", "both.second-LG3.cmp", "first.map.tsv",
+                                      "second.map.tsv"}));
   const auto json = nlohmann::json::parse(result.out);
   ASSERT_EQ(json["groups"].size(), 3U);
   const auto& first = json["groups"][0];

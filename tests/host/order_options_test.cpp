@@ -143,6 +143,7 @@ TEST(LodSweep, RangesAndCuts) {
   const std::vector<host::Join> joins{{1, 2, 9}, {3, 4, 6}, {2, 3, 3}};
   const auto ranges = host::CutRanges(anchors, joins, 2);
   std::vector<int32_t> groups;
+  groups.reserve(ranges.size());
   for (const host::CutRange& range : ranges) groups.push_back(range.groups);
   EXPECT_EQ(groups, (std::vector<int32_t>{0, 1, 2, 1}));
   const auto two = host::RangeFor(ranges, 2);

@@ -174,6 +174,13 @@ TEST(Trial, FiguresOfABalancedTrial) {
   EXPECT_EQ(trait["genotypes_ranked"][0]["genotype"], "line 0");
   EXPECT_FALSE(combined["bartlett"]["p"].is_null());
   EXPECT_EQ(trait["analyses"][2]["where"], "E2");
+
+  const std::string page = sandbox.Read("t.report.html");
+  for (const char* words : {"height", "line 3", "AMMI", "Block/Env", "t.qqp"}) {
+    EXPECT_NE(page.find(words), std::string::npos) << words;
+  }
+  RunJson(sandbox, {"t.txt"});
+  EXPECT_EQ(sandbox.Read("t.report.html"), page);
 }
 
 // A plot without any value is left out, so that the mark of missing values never enters a mean.
@@ -199,6 +206,11 @@ TEST(Trial, MissingPlots) {
   EXPECT_EQ(both.code, 0);
   EXPECT_NE(both.err.find("yield: 6 missing plots beside other traits"), std::string::npos) << both.err;
   EXPECT_NE(both.out.find("off by the missing plots"), std::string::npos) << both.out;
+  for (Plot& plot : plots)
+    plot.yield = plot.yield.empty() || plot.yield.find_first_of("0123456789") != 0 ? "-9999" : plot.yield;
+  sandbox.Write("mark.txt", Table(plots, "env gen block yield height", " ", "\n", '"'));
+  CallLibrary(sandbox, "mark.txt", 24, 5);
+  ExpectSameFiles(sandbox, "mark", "all");
   RunJson(sandbox, {"all.csv", "--each-trait"});
   ExpectSameFiles(sandbox, "all.yield", "present");
   EXPECT_TRUE(std::filesystem::exists(sandbox.folder / "all.height.aov"));
@@ -208,7 +220,7 @@ TEST(Trial, MissingPlots) {
 TEST(Trial, RankingOfUnbalancedGenotypes) {
   const Sandbox sandbox;
   std::string text = "env,gen,rep,y\n";
-  for (int r = 1; r <= 2; ++r) {
+  for (int r = 1; r <= 3; ++r) {
     for (const char* g : {"a", "b", "c"}) {
       const double jitter = 0.1 * r * (g[0] - 'a');
       if (g[0] != 'a')
@@ -250,7 +262,7 @@ TEST(Trial, WrongTablesAreToldAndLeaveNothing) {
       {"one word", "yield\n1\n", {}, 1, "one word only: yield"},
       {"no trait", "e g b\n1 2 3\n", {}, 1, "no column for a trait"},
       {"two headings alike", "e,g,b,y,y\nA,a,1,2,3\n", {}, 1, "two columns have the heading \"y\""},
-      {"two traits alike once cut",
+      {"no such trait",
        h + "A,a,1,2\n",
        {"--traits", "z"},
        1,
@@ -320,6 +332,8 @@ TEST(Trial, WrongTablesAreToldAndLeaveNothing) {
 // What the command takes for wrong really ends the library, and what it lets pass does not.
 TEST(Trial, SkippedTraitsAndTheEdgeOfWhatIsGood) {
   const Sandbox sandbox;
+  EXPECT_NE(RunCommand(sandbox, {"trial", "--help"}).out.find("tessarmont trial examples/trials/wheat2.txt"),
+            std::string::npos);
   sandbox.Write("t.csv",
                 "e,g,b,same,good,word,thin\nA,a,1,1,1,x,1\nA,b,1,1,2,3,2\nA,a,2,1,4,x,2\nA,b,2,1,3,5,3\n"
                 "B,a,1,1,1,x,1\nB,b,1,1,3,3,\nB,a,2,1,4,x,\nB,b,2,1,6,5,\n");

@@ -9,6 +9,8 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace platform {
 namespace {
@@ -64,6 +66,25 @@ TEST(Record, RealsAreTheRoundedDecimalForm) {
     std::string record;
     AppendReal(record, 60, decimals, value);
     ASSERT_EQ(record, expected);
+  }
+}
+
+// Fields written at a stretch are the fields written one by one.
+TEST(Record, ManyRealsAreAsEachOfThem) {
+  std::mt19937 random(12);
+  std::vector<float> values{0.0F,     -0.0F,    9999.9999F, -9999.9999F, 10000,  99999.9F, 0.00005F,
+                            0.99995F, 9.99995F, kNaN,       kInfinity,   -1e30F, 1e-44F};
+  for (int k = 0; k < 100000; ++k) {
+    const auto whole = static_cast<int32_t>(static_cast<uint32_t>(random()) % 2000001) - 1000000;
+    values.push_back(static_cast<float>(whole) / static_cast<float>(1 << k % 21));
+  }
+  for (const auto& [width, decimals] : {std::pair(12, 4), {10, 4}, {16, 4}, {9, 4}, {12, 3}}) {
+    std::string each = "names", all = "names";
+    for (const float value : values) {
+      AppendReal(each, width, decimals, value);
+    }
+    AppendReals(all, width, decimals, values);
+    EXPECT_TRUE(all == each) << width << " columns, " << decimals << " decimals";
   }
 }
 

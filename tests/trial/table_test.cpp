@@ -2,9 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <bit>
 #include <limits>
+#include <random>
 
+#include "platform/unit.h"
+#include "project/reader.h"
 #include "tests/trial/trial_run.h"
+#include "trial/plain_row.h"
 #include "trial/trial_table.h"
 
 namespace trial {
@@ -72,6 +78,49 @@ TEST(TrialTable, TokensThatAreLeftOut) {
   EXPECT_EQ(table.Trait[1].Value, std::vector<float>({0, 0, 5, 2}))
       << "nulls and a slash are zeros like others";
   EXPECT_EQ(table.Trait[0].GrandMean, 1.5F);
+}
+
+// Whatever the short way takes, the token read takes in the same way.
+TEST(TrialTable, PlainRowsAreWhatTheTokenReadMakesOfThem) {
+  const ScratchFolder folder;
+  const std::string_view pieces[] = {
+      " ",    "  ",        "\t",         " 12",       " -3.25",
+      " 0.1", " 16777215", " 1677721.7", " 99999999", " .5",
+      " 7.",  " -0",       " +4",        " 1e3",      " abcdefghijklmnopqrstuv",
+      " a",   ",",         "/",          " 'q r'",    " 3*1",
+      " *",   " x,y",      " 5/"};
+  std::mt19937 random(3);
+  std::string text;
+  std::vector<std::pair<std::array<Name, 3>, std::array<float, 2>>> taken;
+  for (int k = 0; k < 200000; ++k) {
+    std::string row = "e";
+    for (std::size_t piece = 4 + random() % 3; piece-- > 0;) {
+      row += pieces[random() % std::size(pieces)];
+    }
+    std::pair<std::array<Name, 3>, std::array<float, 2>> parts;
+    if (TakePlainRow(row, parts.first, parts.second)) {
+      taken.push_back(parts);
+      text += row + "\n";
+    }
+  }
+  EXPECT_GT(taken.size(), 1000U);
+  WriteFile("t.txt", text);
+  platform::OpenUnit(9, "t.txt", platform::OpenStatus::Old);
+  for (const auto& [keys, values] : taken) {
+    std::string names;
+    std::vector<float> numbers;
+    ASSERT_EQ(
+        project::ReadTokens(9, {project::CellItems(names, kNameWidth, 3), project::RealItems(numbers, 2)}),
+        0);
+    for (std::size_t key = 0; key < 3; ++key) {
+      ASSERT_EQ(names.substr(key * kNameWidth, kNameWidth), std::string(keys[key].begin(), keys[key].end()));
+    }
+    ASSERT_EQ(std::bit_cast<uint32_t>(numbers[0]), std::bit_cast<uint32_t>(values[0])) << numbers[0];
+    ASSERT_EQ(std::bit_cast<uint32_t>(numbers[1]), std::bit_cast<uint32_t>(values[1])) << numbers[1];
+  }
+  std::string_view rest;
+  EXPECT_FALSE(platform::ReadRecord(9, rest)) << "a row each";
+  platform::CloseUnit(9);
 }
 
 TEST(TrialTable, NamesAreCutAtNineteenAndKnowCase) {

@@ -85,14 +85,15 @@ TEST(ImportCommand, JsonHasTheLedgersTotals) {
   const Sandbox sandbox;
   sandbox.Write("in.csv", kTable);
   const CommandResult result =
-      RunCommand(sandbox, {"import", "auto", "in.csv", "--population", "RIL", "--json", "--quiet"});
+      RunCommand(sandbox, {"import", "auto", "in.csv", "--population", "P1BC1F1", "--json", "--quiet"});
   EXPECT_EQ(result.err, "");
   const nlohmann::json json = nlohmann::json::parse(result.out);
   EXPECT_EQ(json["taken_for"], "table");
-  EXPECT_EQ(json["population"]["name"], "RIL");
+  EXPECT_EQ(json["population"]["name"], "P1BC1F1");
   EXPECT_EQ(json["markers"]["read"], 4);
   EXPECT_EQ(json["markers"]["kept"], 3);
-  EXPECT_EQ(json["markers"]["set_to_missing"]["cannot be in the population"], 5);
+  EXPECT_EQ(json["markers"]["set_to_missing"]["cannot be in the population"], 2);
+  EXPECT_EQ(json["markers"]["notes"].size(), 1U);  // one in ten and more
   EXPECT_EQ(json["written"], (std::vector<string>{"in.map", "in.import.tsv"}));
 }
 
@@ -108,6 +109,7 @@ TEST(ImportCommand, FailuresLeaveNothingBehind) {
       {{"excel", "in.csv", "--population", "F2"}, 2, "there is no format \"excel\"; there are vcf, csv, "},
       {{"table", "in.csv", "--population", "F2", "--parents", "a"}, 2, "needs --parents with 2 sample names"},
       {{"table", "in.csv", "--population", "F2", "-o", "no/where"}, 3, "there is no folder no"},
+      {{"auto", "done.map", "--population", "F2"}, 1, "done.map is a project file already"},
       {{"table", "in.map", "--population", "F2"}, 3, "in.map is the input itself"},
       {{"table", "none.csv", "--population", "F2"}, 3, "cannot read none.csv: there is no such file"},
       {{"table", ".", "--population", "F2"}, 3, "it is a folder"},
@@ -124,12 +126,13 @@ TEST(ImportCommand, FailuresLeaveNothingBehind) {
     const Sandbox sandbox;
     sandbox.Write("in.csv", kTable);
     sandbox.Write("in.map", kTable);
+    sandbox.Write("done.map", "!Population type\n7\n");
     std::vector<string> arguments{"import"};
     arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
     const CommandResult result = RunCommand(sandbox, arguments);
     EXPECT_EQ(result.code, c.code) << c.words << result.err;
     EXPECT_NE(result.err.find(c.words), string::npos) << result.err;
-    EXPECT_EQ(sandbox.Names(), (std::vector<string>{"in.csv", "in.map"}));
+    EXPECT_EQ(sandbox.Names(), (std::vector<string>{"done.map", "in.csv", "in.map"}));
     EXPECT_EQ(sandbox.Read("in.map"), kTable);
   }
 }

@@ -76,6 +76,13 @@ TEST(Formats, Rqtl) {
        "F1DH",
        {},
        "MAP 3 3 lines\nm B A A"},
+      {"backcross to P2: not B is H",
+       Format::RqtlCsv,
+       "p,m\n,1\n1,D\n1,H\n1,B\n1,C\n",
+       "P2BC1F1",
+       {},
+       "MAP 2 4 lines\nm H H B X\nmissing 1: of a dominant code, beside co-dominant ones or where it tells "
+       "nothing"},
       {"no phenotype column",
        Format::RqtlCsv,
        "m1,m2\n1,1\nA,H\n",
@@ -316,6 +323,12 @@ TEST(Formats, PlainTables) {
        {},
        "MAP 4 2 lines\nm_1 A B\nm_1_2 A B\nm_1_3 A B\n_x A B\nthis_name_is_longer_than_thirty_fiv A B\n"
        "this_name_is_longer_than_thirty_f_2 A B\nmarker_7 A B"},
+      {"a made name may be another's",
+       Format::Table,
+       "marker,a,b\nm_2,A,B\nm,A,B\nm,B,A\n",
+       "RIL",
+       {},
+       "MAP 4 2 lines\nm_2 A B\nm A B\nm_3 B A"},
       {"alleles under parents",
        Format::Table,
        "snp,P1,P2,a,b,c,d\ns1,A,G,A,R,G,N\ns2,CC,TT,CT,T/T,C|C,--\ns3,A,A,A,A,A,A\n",
@@ -345,6 +358,8 @@ TEST(Formats, PlainTables) {
   };
   ExpectOutcomes(cases);
   const Sandbox sandbox;
+  const auto twice = ImportText(sandbox, Format::Table, "marker,a,b,a,b\nm,A,B,A,B\n", Asked("RIL"));
+  EXPECT_EQ(twice.ledger.notes, std::vector<string>{"two lines or more have one name: a"});
   Request request = Asked("F2");
   request.missing = {"nd", "H"};
   request.markers = Direction::Columns;

@@ -39,11 +39,10 @@ const Case kCases[] = {
      "P1 P2 a b c d e f g h",
      "1 10 s1 PASS GT 0/0 1/1 0/0 0/1 1|0 1|1 ./. . 1/2 0/.\n"
      "1 20 s2 PASS GT:DP 2|2:9 0/0:9 2/2:1 0|2:1:x 2/0 0/0:. ./.:0 .:1 0/0/2 0\n"
-     "1 30 s3 PASS DP:GT 5:1 5 1:0/1 1:1/1 1:0/0 3:./. 4 4:0/0 5:1/1 5:0/1\n",
+     "1 30 s3 PASS DP:GT 5:0/0 5:1/1 1:0/1 1:1/1 1:0/0 3:./. 4 4:0/0 5:1/1 5:0/1\n",
      "F2",
      {"P1", "P2"},
-     "MAP 7 8 lines\ns1 A H H B X X X X\ns2 A H H B X X X X\n"
-     "dropped 1: a parent has no genotype\n"
+     "MAP 7 8 lines\ns1 A H H B X X X X\ns2 A H H B X X X X\ns3 H B A X X A B H\n"
      "missing 2: with an allele of no parent, or that the parents cannot give\n"
      "missing 1: with one allele only known\n"
      "missing 1: of a single allele in a population with heterozygous lines"},
@@ -75,13 +74,14 @@ const Case kCases[] = {
      "1/1 1/0\n"
      "1 4 four . GT 0/1 2/3 0/2 0/3 1/2 3/1\n1 5 three . GT 0/2 0/1 0/0 0/1 2/0 1/2\n1 6 hom . GT 0/0 1/1 "
      "0/1 0/1 0/1 0/1\n"
-     "1 7 one . GT 0/1 0/0 0/0 0/0 ./. 0/0\n1 8 g . GT 0/1 2/2 2/0 1/2 0/0 2/2\n",
+     "1 9 o . GT 1|0 0/0 0/0 0/1 1/1 ./.\n1 7 one . GT 0/1 0/0 0/0 0/0 ./. 0/0\n1 8 g . GT 0/1 2/2 2/0 1/2 "
+     "0/0 2/2\n",
      "ClonalF1",
      {"M", "F"},
      "CDM 1 4 lines\nC=D f AX BX AX XX\nA=B m XC XD XX XC\nAB=CD both AA AB BB AB\nABCD four AC AD BC BD\n"
-     "ABCD three AC AD BC BD\nC=D g AX BX XX XX\n"
+     "ABCD three AC AD BC BD\nC=D o AX BX XX XX\nC=D g AX BX XX XX\n"
      "dropped 1: no parent is heterozygous\ndropped 1: all lines have the same genotype\n"
-     "missing 3: with an allele of no parent, or that the parents cannot give"},
+     "missing 4: with an allele of no parent, or that the parents cannot give"},
     {"four inbred parents, lines of the double cross",
      "A B C D a b c d",
      "1 1 m . GT 0/0 1/1 0/0 1/1 0/0 1/1 0/1 0/0\n1 2 n . GT 0/0 0/0 1/1 2/2 0/0 1/1 2/2 3/3\n"

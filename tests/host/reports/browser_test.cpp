@@ -8,9 +8,9 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
-#include "command_runner.h"
 #include "host/reports/pages.h"
 #include "sample_reports.h"
+#include "tests/host/command_runner.h"
 
 using namespace reports;
 

@@ -9,12 +9,12 @@
 #include <regex>
 #include <set>
 
-#include "command_runner.h"
 #include "host/marker_data.h"
 #include "host/reports/pages.h"
 #include "host/reports/shades.h"
 #include "sample_reports.h"
 #include "svg_reader.h"
+#include "tests/host/command_runner.h"
 
 using namespace reports;
 
