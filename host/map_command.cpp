@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "host/cleaning.h"
 #include "host/command_line.h"
@@ -13,6 +14,7 @@
 #include "host/input_file.h"
 #include "host/map_files.h"
 #include "host/map_page.h"
+#include "host/map_quality.h"
 #include "host/map_report.h"
 #include "host/order_options.h"
 #include "host/result_files.h"
@@ -171,10 +173,9 @@ void Tell(const MapOptions& options, const MapRun& run) {
   }
 }
 
-std::vector<std::string> ReportMap(const MapOptions& options, const Source& source,
+std::vector<std::string> ReportMap(const MapOptions& options, const GenotypeTable& table,
                                    const ResultFiles& results, const MapRun& run) {
   if (!options.report.Wanted()) return {};
-  const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
   reports::MapReport report = MapPageData(run, table, options.file);
   report.run.files = Waiting(results);
   const std::vector<reports::Figure> figures = reports::MapFigures(report);
@@ -190,7 +191,10 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   WriteText(results, kTable, MapTable(run));
   if (run.cleaning.rules.Any()) WriteText(results, kDropped, DroppedTable(run.cleaning, run.data.names));
   run.warnings = MapWarnings(run.data, run.map);
-  std::vector<std::string> report = ReportMap(options, source, results, run);
+  const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
+  for (std::string& warning : QualityWarnings(run.data, run.map, table))
+    run.warnings.push_back(std::move(warning));
+  std::vector<std::string> report = ReportMap(options, table, results, run);
   run.written = Publish(results);
   run.written.insert(run.written.end(), report.begin(), report.end());
 }
