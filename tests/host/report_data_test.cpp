@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "host/consensus_page.h"
 #include "host/map_page.h"
+#include "host/map_quality.h"
 
 namespace host {
 namespace {
@@ -49,6 +51,46 @@ TEST(LineCrossovers, TurnMarkersInRepulsionAndStopAtGaps) {
             (std::vector<int32_t>{0, 2}));
   EXPECT_EQ(LineCrossovers(Chain({0, 1000, 5}, {0, 0.5F, 0.05F}), Table(3, {"AA", "BB", "BA"})),
             (std::vector<int32_t>{0, 1}));
+}
+
+// Markers at equal steps, every distance longer by what errors add.
+MapData EquallySpaced(int32_t markers, float errors) {
+  MapData data;
+  data.numMarkers = markers;
+  const auto count = static_cast<std::size_t>(markers);
+  data.distance = SharedArray<float>(count * (count - 1) / 2);
+  for (int32_t j = 1; j <= markers; ++j) {
+    data.names.push_back("m" + std::to_string(j));
+    for (int32_t i = 1; i < j; ++i)
+      data.distance.data()[PairPlace(i, j)] = 5 * static_cast<float>(j - i) + errors;
+  }
+  return data;
+}
+
+TEST(QualityWarnings, TellOfInflationFewLinesAndLoneMarkers) {
+  const GenotypeTable table = Table(7, std::vector<std::string>(12, std::string(80, 'H')));
+  const auto warnings = [&](const LinkageMap& map, float errors, const GenotypeTable& genotypes) {
+    return QualityWarnings(EquallySpaced(12, errors), map, genotypes);
+  };
+  const std::vector<float> recs(12, 0.05F);
+  std::vector<float> steps(12, 5);
+  EXPECT_EQ(warnings(Chain(steps, recs), 0, table), std::vector<std::string>{});
+  steps.assign(12, 9);
+  const auto inflated = warnings(Chain(steps, recs), 4, table);
+  ASSERT_EQ(inflated.size(), 1U);
+  EXPECT_NE(inflated[0].find("29 % longer"), std::string::npos) << inflated[0];
+  steps.assign(9, 9);
+  EXPECT_TRUE(warnings(Chain(steps, recs), 4, table).empty()) << "too short to judge";
+
+  GenotypeTable sparse = table;
+  std::fill_n(sparse.cells.begin() + 80, 51, MissingCell(TableKind::Map));  // 29 lines are left at m2
+  LinkageMap map = Chain(std::vector<float>(12, 5), recs);
+  map.unlinked = {12};
+  EXPECT_EQ(warnings(map, 0, sparse),
+            (std::vector<std::string>{
+                "2 pairs of neighbours with fewer than 30 lines typed at both: m1 and m2 (29), m2 "
+                "and m3 (29)",
+                "1 marker in no group: m12"}));
 }
 
 TEST(ConsensusPageData, TellsWhereAMarkerIsOnNoMap) {
