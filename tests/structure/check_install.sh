@@ -14,7 +14,7 @@ find_package(tessarmont REQUIRED)
 add_executable(consumer twopoint.c)
 target_link_libraries(consumer PRIVATE tessarmont::tessarmont)
 CONSUMER
-cmake -S "$prefix/consumer" -B "$prefix/build" -DCMAKE_PREFIX_PATH="$prefix/usr" >/dev/null
+cmake -G Ninja -S "$prefix/consumer" -B "$prefix/build" -DCMAKE_PREFIX_PATH="$prefix/usr" >/dev/null
 cmake --build "$prefix/build" >/dev/null
 "$prefix/build/consumer"
 library=$(dirname "$(find "$prefix/usr" -name tessarmont.pc)")
