@@ -1,27 +1,9 @@
-#include <array>
-#include <cmath>
-#include <concepts>
-#include <cstring>
-#include <utility>
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
-#include "recombination/map_functions.h"
 #include "recombination/multi_parent_lanes.h"
-#include "stats/roots.h"
+#include "recombination/wide_lanes.h"
 
 #if defined(__x86_64__)
-// From here on code is made for this instruction set: nothing but templates over Float16 may follow, so that
-// no function that another file also makes is touched.
-#if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx512f,avx512vl,avx512dq,avx512bw"))), \
-                             apply_to = function)
-#else
-#pragma GCC target("avx512f,avx512vl,avx512dq,avx512bw")
-#endif
-
+#include "recombination/avx512_begin.h"
+// In these instructions:
 #include "recombination/multi_parent_estimator.h"
 
 namespace recombination {
@@ -30,7 +12,5 @@ void EstimateMultiParentAvx512(const MultiParentLaneJob& job) { EstimateMultiPar
 
 }  // namespace recombination
 
-#if defined(__clang__)
-#pragma clang attribute pop
-#endif
+#include "recombination/instructions_end.h"
 #endif

@@ -1,29 +1,9 @@
-#include <cmath>
-#include <concepts>
-#include <cstring>
-#include <initializer_list>
-#include <utility>
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
-#include "recombination/layouts.h"
-#include "recombination/map_functions.h"
 #include "recombination/pair_lanes.h"
-#include "recombination/two_class_models.h"
-#include "stats/roots.h"
+#include "recombination/wide_lanes.h"
 
 #if defined(__x86_64__)
-// From here on code is made for this instruction set: nothing but templates over Float16 may follow, so that
-// no function that another file also makes is touched.
-#if defined(__clang__)
-#pragma clang attribute push(__attribute__((target("avx512f,avx512vl,avx512dq,avx512bw"))), \
-                             apply_to = function)
-#else
-#pragma GCC target("avx512f,avx512vl,avx512dq,avx512bw")
-#endif
-
+#include "recombination/avx512_begin.h"
+// In these instructions:
 #include "recombination/pair_lanes_body.h"
 
 namespace recombination {
@@ -32,7 +12,5 @@ void EstimateAvx512(const LaneJob& job) { Estimate<Float16>(job); }
 
 }  // namespace recombination
 
-#if defined(__clang__)
-#pragma clang attribute pop
-#endif
+#include "recombination/instructions_end.h"
 #endif

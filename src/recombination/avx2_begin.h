@@ -1,0 +1,7 @@
+// From here to instructions_end.h code is made for this instruction set: nothing but templates over Float8 may
+// follow. Included by files that have included wide_lanes.h.
+#if defined(__clang__)
+#pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
+#else
+#pragma GCC target("avx2")
+#endif
