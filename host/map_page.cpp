@@ -36,6 +36,7 @@ reports::ReportMarker MarkerOf(const MapData& data, int32_t marker) {
 
 reports::ReportGroup GroupOf(const MapData& data, const LinkageGroup& group) {
   reports::ReportGroup report{group.name, group.length, {}};
+  report.markers.reserve(group.places.size());
   for (std::size_t k = 0; k < group.places.size(); ++k) {
     const MapPlace& place = group.places[k];
     reports::ReportMarker marker = MarkerOf(data, place.marker);
@@ -63,6 +64,7 @@ void KeepSeenCodes(const MapData& data, reports::MapReport& report) {
   for (const std::size_t c : seen) report.codes.emplace_back(codes[c]);
   const auto keep = [&](reports::ReportMarker& marker) {
     std::vector<double> shares;
+    shares.reserve(seen.size());
     for (const std::size_t c : seen) shares.push_back(marker.shares[c]);
     marker.shares = std::move(shares);
   };
