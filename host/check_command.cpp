@@ -43,7 +43,7 @@ const ModuleRow& ModuleFor(const std::filesystem::path& path, const std::string&
                                           "\" names no Module" + known + "; --module names one"};
 }
 
-void Refuse(const InputFile& file, const LoadResult& load, Verdict& verdict) {
+void RefuseFile(const InputFile& file, const LoadResult& load, Verdict& verdict) {
   verdict.code = ExitCode::InputWrong;
   verdict.faults = FaultsOf(file, verdict.module, load.log);
   verdict.faultText = FaultText(file, verdict.faults);
@@ -52,7 +52,7 @@ void Refuse(const InputFile& file, const LoadResult& load, Verdict& verdict) {
 void CheckMarkerFile(const InputFile& file, TableKind kind, bool quiet, Verdict& verdict) {
   MapData data;
   const LoadResult load = LoadMarkers(file, kind, quiet, data);
-  if (!load.good) return Refuse(file, load, verdict);
+  if (!load.good) return RefuseFile(file, load, verdict);
   const std::string population(PopulationWords(kind, data.populationType));
   verdict.sentence = Counted(data.numMarkers, "marker") + " x " + Counted(data.populationSize, "line") +
                      ", population " + std::to_string(data.populationType) + " (" + population + "), " +
@@ -70,7 +70,7 @@ void CheckMarkerFile(const InputFile& file, TableKind kind, bool quiet, Verdict&
 void CheckBinFile(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
   BinData data;
   const LoadResult load = LoadBin(file, moduleCode, data);
-  if (!load.good) return Refuse(file, load, verdict);
+  if (!load.good) return RefuseFile(file, load, verdict);
   double missing = 0;
   for (float percent : data.missingPercent.view()) missing += percent;
   missing /= 100.0 * data.numMarkers;
@@ -81,7 +81,7 @@ void CheckBinFile(const InputFile& file, int32_t moduleCode, Verdict& verdict) {
 // The library says only that the file is good; what it holds is told by the host's own walk.
 void CheckLinkageFile(const InputFile& file, Verdict& verdict) {
   const LoadResult load = CheckTraitFile(file, verdict.module);
-  if (!load.good) return Refuse(file, load, verdict);
+  if (!load.good) return RefuseFile(file, load, verdict);
   const FileSummary summary = SummaryOf(ReadWhole(file.absolute), verdict.module);
   verdict.sentence = summary.sentence;
   verdict.facts = summary.facts;
@@ -90,7 +90,7 @@ void CheckLinkageFile(const InputFile& file, Verdict& verdict) {
 void CheckCmpFile(const InputFile& file, Verdict& verdict) {
   MapCounts counts;
   const LoadResult load = CountMaps(file, counts);
-  if (!load.good) return Refuse(file, load, verdict);
+  if (!load.good) return RefuseFile(file, load, verdict);
   verdict.sentence = Counted(counts.maps, "map") + ", " + Counted(counts.markers, "marker") + " over all";
   verdict.facts = {{"maps", counts.maps},
                    {"markers_over_all_maps", counts.markers},

@@ -21,7 +21,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t kTestedTogether = 400;  // markers; their pairs are estimated too, so not too many
-constexpr std::size_t kNamesShown = 10;
+constexpr std::size_t kDroppedShown = 10;
 
 double MissingShareOf(const GenotypeTable& table, std::size_t marker) {
   const std::span<const uint8_t> row = table.Row(marker);
@@ -176,7 +176,7 @@ void Bin(const GenotypeTable& table, const std::unordered_map<std::size_t, float
 template <typename Marker>
 std::string CountedNames(const std::vector<Marker>& markers) {
   std::string text = Counted(static_cast<int64_t>(markers.size()), "marker");
-  const std::size_t shown = std::min(markers.size(), kNamesShown);
+  const std::size_t shown = std::min(markers.size(), kDroppedShown);
   for (std::size_t i = 0; i < shown; ++i) text += (i > 0 ? ", " : ": ") + markers[i].name;
   return text + (shown < markers.size() ? ", ..." : "") + "\n";
 }

@@ -15,10 +15,10 @@
 namespace host {
 namespace {
 
-constexpr const char* kTable = ".consensus.tsv";
+constexpr const char* kConsensusTable = ".consensus.tsv";
 constexpr const char* kLog = ".cmp.log";
 
-constexpr const char* kFooter =
+constexpr const char* kConsensusFooter =
     "A CMP file holds one chromosome on several maps. With --build, map tables of tessarmont map (columns "
     "group, marker, position) make the CMP files, one a chromosome (STEM.GROUP.cmp, or STEM.cmp for a single "
     "one): a group belongs to the chromosome with which it shares the most markers, groups of the first "
@@ -57,7 +57,7 @@ ResultFiles RunFile(const ConsensusOptions& options, ConsensusRun& run) {
   const InputFile file = OpenInput(options.file);
   std::filesystem::path stem = options.stem;
   if (options.stem.empty()) stem = std::filesystem::path(options.file).replace_extension();
-  ResultFiles results = OpenResults(stem, {file.absolute}, {kTable, kLog, kReportExtension});
+  ResultFiles results = OpenResults(stem, {file.absolute}, {kConsensusTable, kLog, kReportExtension});
   run.input = options.file;
   if (AddGroup(file, "", false, run)) run.maps = run.groups.front().consensus.maps;
   return results;
@@ -90,7 +90,7 @@ std::filesystem::path StemOfTable(const std::string& path) {
 ResultFiles RunTables(const ConsensusOptions& options, ConsensusRun& run) {
   const std::vector<MapTableFile> tables = ReadTables(options.tables);
   const std::vector<Chromosome> chromosomes = MatchGroups(tables, run.warnings);
-  std::vector<std::string> extensions{kTable, kLog, kReportExtension};
+  std::vector<std::string> extensions{kConsensusTable, kLog, kReportExtension};
   for (const Chromosome& chromosome : chromosomes) {
     std::string word = chromosomes.size() == 1 ? "" : "." + FileWord(chromosome.name);
     while (std::find(extensions.begin(), extensions.end(), word + ".cmp") != extensions.end()) word += "_";
@@ -135,7 +135,7 @@ CLI::App* DeclareConsensus(CLI::App& app, ConsensusOptions& options) {
   DeclareReport(*consensus, options.report);
   consensus->add_flag("--json", options.json, "print one JSON object instead of the summary");
   consensus->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON)");
-  consensus->footer(kFooter);
+  consensus->footer(kConsensusFooter);
   return consensus;
 }
 
@@ -146,7 +146,7 @@ ExitCode RunConsensus(const ConsensusOptions& options) {
   ConsensusRun run;
   const ResultFiles results = options.tables.empty() ? RunFile(options, run) : RunTables(options, run);
   if (run.groups.empty()) return ExitCode::InputWrong;
-  WriteText(results, kTable, ConsensusTable(run));
+  WriteText(results, kConsensusTable, ConsensusTable(run));
   WriteText(results, kLog, ConsensusLog(run));
   std::vector<std::string> report = ReportConsensus(options, run, results);
   run.written = Publish(results);

@@ -6,6 +6,7 @@
 #include "frame/exports.h"
 #include "host/exit_code.h"
 #include "host/file_walk.h"
+#include "host/genotype_table.h"
 #include "host/isolated_call.h"
 #include "host/text.h"
 #include "host/trait_data.h"
@@ -13,8 +14,6 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kNameLength = 35;
-constexpr int32_t kStatusWrong = 100;
 constexpr double kPairBytes = 24;  // distances, their copy in a new numbering, dense rows of the ordering
 
 // The tables of CHECKERRORCMP. Their columns are as long as all maps together, the count that the pre-read
@@ -27,7 +26,7 @@ struct Tables {
   Tables(std::size_t markers, std::size_t maps)
       : stride(markers),
         columns(maps + 1),
-        names(kNameLength * stride),
+        names(kMarkerNameLength * stride),
         anchors(stride),
         order(stride * columns),
         position(stride * columns),
@@ -65,7 +64,7 @@ void CopyOut(const Tables& tables, Consensus& consensus) {
   const std::size_t rows = tables.Rows();
   std::vector<std::string> names(rows);
   for (std::size_t row = 0; row < rows; ++row) {
-    for (std::size_t c = 0; c < kNameLength; ++c) {
+    for (std::size_t c = 0; c < kMarkerNameLength; ++c) {
       names[row] += static_cast<char>(static_cast<unsigned char>(tables.names[c * tables.stride + row]));
     }
     names[row] = WithoutTrailing(names[row], " ");

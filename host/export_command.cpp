@@ -18,7 +18,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kNamesShown = 10;
+constexpr std::size_t kRenamedShown = 10;
 
 std::string FormatWords() {
   std::string words;
@@ -101,16 +101,10 @@ void WriteFile(const ExportOptions& options, const std::string& text) {
   Publish(results);
 }
 
-std::string Listed(const std::vector<std::string>& names) {
-  std::string list;
-  for (std::size_t i = 0; i < names.size() && i < kNamesShown; ++i) list += (i > 0 ? ", " : "") + names[i];
-  return names.size() > kNamesShown ? list + ", ..." : list;
-}
-
 void TellNames(const std::vector<std::string>& names, const std::string& what) {
   if (names.empty()) return;
   std::cerr << "tessarmont: " << Counted(static_cast<int64_t>(names.size()), "marker") << what << ": "
-            << Listed(names) << '\n';
+            << FirstNames(names, kRenamedShown) << '\n';
 }
 
 void TellLedger(const ExportOptions& options, const exporters::FormatRow& row, const MapTableFile& map,

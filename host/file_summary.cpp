@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kNamesShown = 5;
+constexpr std::size_t kTraitsShown = 5;
 
 struct CountRow {
   Field field;
@@ -40,12 +40,6 @@ std::vector<std::string> RowNames(const FileLayout& layout) {
   return {};
 }
 
-std::string Listed(const std::vector<std::string>& names) {
-  std::string list;
-  for (std::size_t i = 0; i < names.size() && i < kNamesShown; ++i) list += (i > 0 ? ", " : "") + names[i];
-  return names.size() > kNamesShown ? list + ", ..." : list;
-}
-
 void AddMap(const FileLayout& layout, FileSummary& summary) {
   const auto chromosomes = layout.Value(Field::NumChromosomes);
   if (chromosomes) {
@@ -72,7 +66,7 @@ FileSummary SummaryOf(std::string_view text, std::string_view module) {
     summary.facts[std::string(row.key)] = *count;
   }
   if (const std::vector<std::string> names = RowNames(layout); layout.complete && !names.empty()) {
-    summary.sentence += " (" + Listed(names) + ")";
+    summary.sentence += " (" + FirstNames(names, kTraitsShown) + ")";
     summary.facts["names"] = names;
   }
   if (const auto type = layout.Value(Field::PopulationType)) {

@@ -28,13 +28,13 @@ constexpr KindRow kKinds[] = {
     {".cdm", "CDM", kCdmCodes},
     {".plm", "PLM", kPlmCodes},
 };
-const KindRow& RowOf(TableKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
+const KindRow& TableRowOf(TableKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
 
 // The other ways to write a genotype of a bi-parental population.
-struct Spelling {
+struct OtherCode {
   std::string_view token, code;
 };
-constexpr Spelling kSpellings[] = {
+constexpr OtherCode kOtherCodes[] = {
     {"2", "A"},  {"AA", "A"}, {"1", "H"},  {"AB", "H"}, {"BA", "H"}, {"0", "B"},  {"BB", "B"},
     {"12", "D"}, {"AH", "D"}, {"HA", "D"}, {"AX", "D"}, {"XA", "D"}, {"A*", "D"}, {"*A", "D"},
     {"A_", "D"}, {"_A", "D"}, {"10", "R"}, {"BH", "R"}, {"HB", "R"}, {"BX", "R"}, {"XB", "R"},
@@ -43,7 +43,7 @@ constexpr Spelling kSpellings[] = {
 
 constexpr std::size_t kTokenLength = 2, kCategoryLength = 8;
 constexpr std::string_view kLineNames = "!Line names:";
-constexpr std::string_view kLetters = "ABCDEFGH";
+constexpr std::string_view kClassLetters = "ABCDEFGH";
 
 // A genotype that the population cannot show counts as missing: D in a backcross to P1, H in inbred lines.
 bool Shows(int32_t population, std::string_view code) {
@@ -56,15 +56,15 @@ bool Shows(int32_t population, std::string_view code) {
 // What a row does to the parents' letters: those of parents that share an allele become that of the first of
 // them, allele by allele in the order of the parent that bears its own letter.
 std::string FoldedLetters(std::string_view category, std::size_t parents) {
-  std::string pattern(category.substr(0, parents)), letters(kLetters);
-  pattern.resize(kLetters.size(), 'X');
+  std::string pattern(category.substr(0, parents)), letters(kClassLetters);
+  pattern.resize(kClassLetters.size(), 'X');
   for (std::size_t i = 0; i < parents; ++i) {
     const char shared = pattern[i];
-    if (shared != kLetters[i]) continue;
-    const char first = kLetters[pattern.find(shared)];
+    if (shared != kClassLetters[i]) continue;
+    const char first = kClassLetters[pattern.find(shared)];
     for (std::size_t k = 0; k < parents; ++k) {
       if (pattern[k] != shared) continue;
-      std::replace(letters.begin(), letters.end(), kLetters[k], first);
+      std::replace(letters.begin(), letters.end(), kClassLetters[k], first);
     }
   }
   return letters;
@@ -81,7 +81,7 @@ std::vector<uint8_t> CellsByToken(TableKind kind, int32_t population) {
   std::vector<uint8_t> cells(std::size_t{256} * 256, MissingCell(kind));
   for (const std::string_view code : CodesOf(kind)) cells[Key(code)] = CellOf(kind, code);
   if (kind != TableKind::Map) return cells;
-  for (const Spelling& spelling : kSpellings) cells[Key(spelling.token)] = CellOf(kind, spelling.code);
+  for (const OtherCode& spelling : kOtherCodes) cells[Key(spelling.token)] = CellOf(kind, spelling.code);
   for (uint8_t& cell : cells) {
     if (!Shows(population, CodesOf(kind)[cell])) cell = MissingCell(kind);
   }
@@ -165,10 +165,10 @@ std::string Header(const GenotypeTable& table) {
 
 }  // namespace
 
-std::span<const std::string_view> CodesOf(TableKind kind) { return RowOf(kind).codes; }
+std::span<const std::string_view> CodesOf(TableKind kind) { return TableRowOf(kind).codes; }
 uint8_t MissingCell(TableKind kind) { return static_cast<uint8_t>(CodesOf(kind).size() - 1); }
-std::string_view ExtensionOf(TableKind kind) { return RowOf(kind).extension; }
-std::string_view ModuleOf(TableKind kind) { return RowOf(kind).module; }
+std::string_view ExtensionOf(TableKind kind) { return TableRowOf(kind).extension; }
+std::string_view ModuleOf(TableKind kind) { return TableRowOf(kind).module; }
 
 uint8_t CellOf(TableKind kind, std::string_view code) {
   const auto codes = CodesOf(kind);

@@ -18,7 +18,7 @@ namespace host {
 namespace {
 
 constexpr const char* kLedger = ".import.tsv";
-constexpr const char* kFooter =
+constexpr const char* kImportFooter =
     "FORMAT is one of vcf, csv, csvr, tidy (R/qtl), raw (Mapmaker, OneMap), mstmap, joinmap (.loc), table "
     "(markers "
     "in rows or columns), or auto, which looks at the file and says what it took it for. Each may be packed "
@@ -176,7 +176,7 @@ CLI::App* DeclareImport(CLI::App& app, ImportOptions& options) {
       ->check(CLI::IsMember({"rows", "columns"}));
   import->add_flag("--json", options.json, "print one JSON object instead of the summary");
   import->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON)");
-  import->footer(kFooter);
+  import->footer(kImportFooter);
   return import;
 }
 

@@ -112,6 +112,10 @@ InputFile OpenInput(const std::filesystem::path& path) {
   return {path, absolute, static_cast<double>(facts.st_size)};
 }
 
+void FailAt(const std::filesystem::path& path, std::size_t line, const std::string& why) {
+  throw Failure{ExitCode::InputWrong, path.string() + ", line " + std::to_string(line) + ": " + why};
+}
+
 std::string ReadWhole(const std::filesystem::path& path) {
   std::error_code error;
   const auto size = std::filesystem::file_size(path, error);

@@ -43,6 +43,9 @@ struct InputFile {
 // readable, no rights (Other); empty or plainly of another kind (InputWrong).
 InputFile OpenInput(const std::filesystem::path& path);
 
+// Throws the Failure InputWrong "PATH, line N: WHY".
+[[noreturn]] void FailAt(const std::filesystem::path& path, std::size_t line, const std::string& why);
+
 // The whole file. Failure: Other.
 std::string ReadWhole(const std::filesystem::path& path);
 

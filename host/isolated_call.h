@@ -54,6 +54,8 @@ struct IsolatedCall {
 struct LibraryStopped : Failure {
   std::string words;
 };
+// What `Status` becomes when the input is wrong.
+inline constexpr int32_t kStatusWrong = 100;
 // How its words begin where a file has a phenotype that is no number, for which there is no report.
 inline constexpr std::string_view kNoNumber = "tessarmont: the value '";
 

@@ -10,7 +10,7 @@ namespace {
 
 // What a character is for the reader; all but blanks, commas and slashes go on a word.
 enum Kind : unsigned char { kPlain, kDigit, kQuote, kBlank, kComma, kSlash };
-constexpr std::array<Kind, 256> kKinds = [] {
+constexpr std::array<Kind, 256> kCharKinds = [] {
   std::array<Kind, 256> kinds{};
   for (unsigned char c = '0'; c <= '9'; ++c) kinds[c] = kDigit;
   kinds['\''] = kinds['"'] = kQuote;
@@ -20,12 +20,12 @@ constexpr std::array<Kind, 256> kKinds = [] {
   return kinds;
 }();
 
-Kind KindOf(char c) { return kKinds[static_cast<unsigned char>(c)]; }
-bool Ends(char c) { return KindOf(c) >= kBlank; }
+Kind CharKindOf(char c) { return kCharKinds[static_cast<unsigned char>(c)]; }
+bool Ends(char c) { return CharKindOf(c) >= kBlank; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The text in quotes at `at`, which moves behind it.
-std::string_view TakeQuoted(std::string_view line, std::size_t& at, LineWords& into) {
+std::string_view TakeQuotedWord(std::string_view line, std::size_t& at, LineWords& into) {
   const char quote = line[at++];
   const std::size_t begin = at;
   for (bool doubled = false;; at += 2, doubled = true) {
@@ -74,7 +74,7 @@ void TakeWord(std::string_view line, std::size_t& at, std::size_t most, LineWord
   std::string_view word;
   if (!repeats || (at < line.size() && !Ends(line[at]))) {
     const bool quoted = line[at] == '\'' || line[at] == '"';
-    word = quoted ? TakeQuoted(line, at, into) : TakePlain(line, at);
+    word = quoted ? TakeQuotedWord(line, at, into) : TakePlain(line, at);
   }
   const std::size_t room = most - std::min(most, into.words.size());
   into.words.insert(into.words.end(), std::min(room, static_cast<std::size_t>(count)), word);
@@ -91,7 +91,7 @@ void Clear(LineWords& words) {
 void AddWords(std::string_view line, std::size_t most, LineWords& into) {
   bool valueTaken = false;  // a comma now belongs to the value before it
   for (std::size_t at = 0; at < line.size() && into.words.size() < most && into.Whole();) {
-    switch (KindOf(line[at])) {
+    switch (CharKindOf(line[at])) {
       case kBlank:
         ++at;
         break;

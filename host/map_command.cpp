@@ -23,11 +23,11 @@
 namespace host {
 namespace {
 
-constexpr const char* kTable = ".map.tsv";
+constexpr const char* kMapTable = ".map.tsv";
 constexpr const char* kDropped = ".dropped.tsv";
 constexpr int kMostJobs = 256;
 
-constexpr const char* kFooter =
+constexpr const char* kMapFooter =
     "Writes STEM.map.tsv, a table with the columns group, marker, position and interval (cM), rec and lod "
     "(to "
     "the marker before), segregation_p and missing (share of the lines), and the library's own files: of a "
@@ -188,7 +188,7 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   const OrderPlan plan = PlanOf(options, run);
   Build(Group(options, run), plan, run);
   WriteResultFiles(results, source.file, run.data, run.map, tables);
-  WriteText(results, kTable, MapTable(run));
+  WriteText(results, kMapTable, MapTable(run));
   if (run.cleaning.rules.Any()) WriteText(results, kDropped, DroppedTable(run.cleaning, run.data.names));
   run.warnings = MapWarnings(run.data, run.map);
   const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
@@ -251,7 +251,7 @@ CLI::App* DeclareMap(CLI::App& app, MapOptions& options) {
   DeclareReport(*map, options.report);
   map->add_flag("--json", options.json, "print one JSON object instead of the summary");
   map->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON or the sweep)");
-  map->footer(kFooter);
+  map->footer(kMapFooter);
   return map;
 }
 
@@ -269,7 +269,7 @@ ExitCode RunMap(const MapOptions& options) {
     std::filesystem::path stem = options.stem;
     if (options.stem.empty()) stem = std::filesystem::path(options.file).replace_extension();
     std::vector<std::string> extensions = ResultExtensions(kind, tables);
-    extensions.insert(extensions.end(), {kTable, kDropped, kReportExtension});
+    extensions.insert(extensions.end(), {kMapTable, kDropped, kReportExtension});
     results.emplace(OpenResults(stem, {file.absolute}, extensions));
   }
   const std::optional<Source> source = Load(file, kind, options.quiet, run);

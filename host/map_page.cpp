@@ -11,7 +11,7 @@
 namespace host {
 namespace {
 
-constexpr float kRepulsion = 0.5F;
+constexpr float kRepulsionAbove = 0.5F;
 
 // The genotype's place in what the population shows, which counts alleles of one parent; kNoDose for one that
 // does not tell.
@@ -152,7 +152,7 @@ std::vector<int32_t> LineCrossovers(const LinkageMap& map, const GenotypeTable& 
   for (const LinkageGroup& group : map.groups) {
     std::vector<bool> turned(group.places.size(), false);
     for (std::size_t k = 1; k < turned.size(); ++k)
-      turned[k] = turned[k - 1] != (group.places[k].rec > kRepulsion);
+      turned[k] = turned[k - 1] != (group.places[k].rec > kRepulsionAbove);
     for (std::size_t line = 0; line < table.lines; ++line) {
       crossovers[line] += CrossoversOf(group, table, turned, line, shows);
     }

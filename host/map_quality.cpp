@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kPlacesToJudge = 10;
 constexpr double kInflated = 1.25;
-constexpr std::size_t kNamesShown = 5;
+constexpr std::size_t kWarnedShown = 5;
 
 std::size_t LinesWithBoth(const GenotypeTable& table, int32_t a, int32_t b) {
   const auto first = table.Row(static_cast<std::size_t>(a - 1)),
@@ -20,13 +20,6 @@ std::size_t LinesWithBoth(const GenotypeTable& table, int32_t a, int32_t b) {
     count += first[line] != missing && second[line] != missing ? 1 : 0;
   }
   return count;
-}
-
-std::string FirstOf(const std::vector<std::string>& names) {
-  std::string text;
-  for (std::size_t k = 0; k < std::min(names.size(), kNamesShown); ++k)
-    text += (k == 0 ? "" : ", ") + names[k];
-  return names.size() > kNamesShown ? text + ", ..." : text;
 }
 
 void WarnOfFewLines(const MapData& data, const LinkageMap& map, const GenotypeTable& table,
@@ -43,7 +36,7 @@ void WarnOfFewLines(const MapData& data, const LinkageMap& map, const GenotypeTa
   }
   if (pairs.empty()) return;
   warnings.push_back(Counted(static_cast<int64_t>(pairs.size()), "pair") + " of neighbours with fewer than " +
-                     std::to_string(least) + " lines typed at both: " + FirstOf(pairs));
+                     std::to_string(least) + " lines typed at both: " + FirstNames(pairs, kWarnedShown));
 }
 
 void WarnOfLoneMarkers(const MapData& data, const LinkageMap& map, std::vector<std::string>& warnings) {
@@ -51,7 +44,7 @@ void WarnOfLoneMarkers(const MapData& data, const LinkageMap& map, std::vector<s
   std::vector<std::string> names;
   for (const int32_t marker : map.unlinked) names.push_back(data.Name(marker));
   warnings.push_back(Counted(static_cast<int64_t>(names.size()), "marker") +
-                     " in no group: " + FirstOf(names));
+                     " in no group: " + FirstNames(names, kWarnedShown));
 }
 
 }  // namespace

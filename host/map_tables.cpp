@@ -28,10 +28,6 @@ std::vector<std::string_view> Columns(std::string_view line) {
   }
 }
 
-[[noreturn]] void FailAt(const std::filesystem::path& path, std::size_t line, const std::string& why) {
-  throw Failure{ExitCode::InputWrong, path.string() + ", line " + std::to_string(line) + ": " + why};
-}
-
 struct ColumnPlaces {
   std::size_t group, marker, position;
 };
@@ -72,7 +68,7 @@ std::unordered_set<std::string> NamesOf(const TableGroup& group) {
 }
 
 // A word that stands for itself in a project file.
-std::string Quoted(const std::string& name) {
+std::string TokenOf(const std::string& name) {
   const std::size_t digits = name.find_first_not_of("0123456789");
   const bool repeat = digits != 0 && digits != std::string::npos && name[digits] == '*';
   if (!name.empty() && !repeat && name.front() != '!' && name.find_first_of(" ,/'\"") == std::string::npos) {
@@ -175,10 +171,10 @@ std::string CmpText(const std::vector<MapTableFile>& tables, const Chromosome& c
   for (std::size_t m = 0; m < chromosome.sources.size(); ++m) {
     const Chromosome::Source& source = chromosome.sources[m];
     const TableGroup& group = tables[source.table].groups[source.group];
-    maps += Quoted(tables[source.table].name.substr(0, kMapName)) + " " +
+    maps += TokenOf(tables[source.table].name.substr(0, kMapName)) + " " +
             std::to_string(group.markers.size()) + "\n";
     for (const TableMarker& marker : group.markers) {
-      rows += Quoted(marker.name) + " " + std::to_string(m + 1) + " " + marker.position + "\n";
+      rows += TokenOf(marker.name) + " " + std::to_string(m + 1) + " " + marker.position + "\n";
     }
   }
   return "!Marker space type (1 for intervals; 2 for positions)\n2\n"

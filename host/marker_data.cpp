@@ -17,8 +17,6 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kNameLength = 35;
-constexpr int32_t kStatusWrong = 100;
 constexpr int32_t kLargeMarkers = 2000;          // from here on the size is told before the start
 constexpr std::size_t kWatchedPairs = 100000;    // fewer are done at once
 constexpr std::size_t kHeaderBytes = 1U << 20U;  // header and its remarks lie within the first MB
@@ -28,17 +26,17 @@ constexpr std::string_view kMapGenotypes[] = {"A", "H", "B"};  // D counts as A,
 constexpr std::string_view kClonalPopulations[] = {"clonal F1", "double cross"};
 constexpr std::string_view kMultiParentPopulations[] = {"4PDH", "4PRIL", "8PDH", "8PRIL"};
 
-struct KindRow {
+struct CallRow {
   void (*preRead)(const int32_t*, const char*, int32_t*, int32_t*) noexcept;
   int numbersPerPair;
 };
-constexpr KindRow kKinds[] = {
+constexpr CallRow kCallRows[] = {
     // in the order of TableKind
     {MAPFINDNUMMARKERS, 4},
     {CDMFINDNUMMARKERS, 10},
     {PLMFINDNUMMARKERS, 4},
 };
-const KindRow& RowOf(TableKind kind) { return kKinds[static_cast<std::size_t>(kind)]; }
+const CallRow& CallRowOf(TableKind kind) { return kCallRows[static_cast<std::size_t>(kind)]; }
 
 std::size_t Elements(int32_t count) { return static_cast<std::size_t>(count); }
 std::size_t Pairs(int32_t markers) {
@@ -46,7 +44,7 @@ std::size_t Pairs(int32_t markers) {
 }
 
 std::vector<std::string> Narrowed(const SharedArray<int32_t>& wide, int32_t markers) {
-  return NarrowedNames(wide.view(), Elements(markers), kNameLength);
+  return NarrowedNames(wide.view(), Elements(markers), kMarkerNameLength);
 }
 
 // Genotype cells that the header declares, and a first look at counts that no memory can hold.
@@ -127,7 +125,7 @@ PreRead FindNumMarkers(const InputFile& file, TableKind kind, const int32_t* bin
     if (binCode != nullptr) {
       BINFINDNUMMARKERS(binCode, &length, file.absolute.data(), &scalars[0], &scalars[1]);
     } else {
-      RowOf(kind).preRead(&length, file.absolute.data(), &scalars[0], &scalars[1]);
+      CallRowOf(kind).preRead(&length, file.absolute.data(), &scalars[0], &scalars[1]);
     }
     LeaveChild(call);
   }
@@ -169,7 +167,7 @@ void CheckPlm(const InputFile& file, MapData& data, SharedArray<int32_t>& scalar
 }
 
 CallOutcome Check(const InputFile& file, bool quiet, MapData& data, SharedArray<int32_t>& scalars) {
-  SharedArray<int32_t> names(kNameLength * Elements(data.numMarkers));
+  SharedArray<int32_t> names(kMarkerNameLength * Elements(data.numMarkers));
   IsolatedCall call;
   if (EnterChild(call)) {
     switch (data.kind) {
@@ -258,8 +256,8 @@ std::string CategoryText(const MapData& data, int32_t marker) {
 
 double MapBytes(TableKind kind, int32_t markers, double fileBytes, double cells) {
   const double n = markers;
-  const auto perMarker = static_cast<double>(kNameLength + 5 + CodesOf(kind).size());
-  return n * (n - 1) / 2 * RowOf(kind).numbersPerPair * sizeof(float) + n * 4 * perMarker + cells +
+  const auto perMarker = static_cast<double>(kMarkerNameLength + 5 + CodesOf(kind).size());
+  return n * (n - 1) / 2 * CallRowOf(kind).numbersPerPair * sizeof(float) + n * 4 * perMarker + cells +
          fileBytes + kRoom;
 }
 
@@ -295,7 +293,7 @@ LoadResult LoadBin(const InputFile& file, int32_t moduleCode, BinData& data) {
   data.numMarkers = before.markers;
   data.anchor = SharedArray<int32_t>(Elements(before.markers));
   data.missingPercent = SharedArray<float>(Elements(before.markers));
-  SharedArray<int32_t> names(kNameLength * Elements(before.markers)), status(1);
+  SharedArray<int32_t> names(kMarkerNameLength * Elements(before.markers)), status(1);
   const auto length = static_cast<int32_t>(file.absolute.size());
   IsolatedCall call;
   if (EnterChild(call)) {

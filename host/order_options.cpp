@@ -21,16 +21,6 @@ namespace {
 constexpr std::string_view kReserved = "unlinked";  // in the table of the results
 constexpr std::size_t kGroupName = 19;
 
-[[noreturn]] void FailAt(const std::filesystem::path& path, std::size_t line, const std::string& why) {
-  throw Failure{ExitCode::InputWrong, path.string() + ", line " + std::to_string(line) + ": " + why};
-}
-
-std::string_view Trimmed(std::string_view text) {
-  text = WithoutTrailing(text, " \t");
-  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
-  return text;
-}
-
 // A name counts to 35 characters, as in the library.
 MarkerNumbers::const_iterator Find(const MarkerNumbers& numbers, std::string_view name) {
   return numbers.find(std::string(WithoutTrailing(name.substr(0, kMarkerNameLength), " ")));

@@ -11,8 +11,8 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kKinds[] = {"bi-parental (MAP)", "clonal and double cross (CDM)",
-                                       "several parents (PLM)"};
+constexpr std::string_view kKindWords[] = {"bi-parental (MAP)", "clonal and double cross (CDM)",
+                                           "several parents (PLM)"};
 
 // The rows of the chooser for two inbred parents, by what was done last.
 struct FinishWords {
@@ -58,7 +58,7 @@ std::string ListText() {
   std::optional<TableKind> last;
   for (const CatalogueRow& row : PopulationCatalogue()) {
     if (row.kind != last) {
-      text += (last ? "\n" : "") + std::string(kKinds[static_cast<std::size_t>(row.kind)]) + '\n';
+      text += (last ? "\n" : "") + std::string(kKindWords[static_cast<std::size_t>(row.kind)]) + '\n';
     }
     last = row.kind;
     text += RightAligned(std::to_string(row.id), 4) + "  " + Padded(row.name, 13) +
@@ -70,20 +70,20 @@ std::string ListText() {
 std::string OneText(const CatalogueRow& row) {
   std::string text = std::string(row.name) + (row.alias.empty() ? "" : " (" + std::string(row.alias) + ")") +
                      ", number " + std::to_string(row.id) + " of " +
-                     std::string(kKinds[static_cast<std::size_t>(row.kind)]) + ": " + std::string(row.about) +
-                     "\n\n";
+                     std::string(kKindWords[static_cast<std::size_t>(row.kind)]) + ": " +
+                     std::string(row.about) + "\n\n";
   return text + CrossingDiagram(row) + "\nexpected: " + ExpectedWords(row) + '\n';
 }
 
 nlohmann::json Json(const CatalogueRow& row) {
-  nlohmann::json json{{"kind", ModuleOf(row.kind)},
-                      {"number", row.id},
-                      {"name", row.name},
-                      {"about", row.about},
-                      {"expected", ExpectedWords(row)},
-                      {"crossing", CrossingDiagram(row)}};
-  if (!row.alias.empty()) json["alias"] = row.alias;
-  return json;
+  nlohmann::json object{{"kind", ModuleOf(row.kind)},
+                        {"number", row.id},
+                        {"name", row.name},
+                        {"about", row.about},
+                        {"expected", ExpectedWords(row)},
+                        {"crossing", CrossingDiagram(row)}};
+  if (!row.alias.empty()) object["alias"] = row.alias;
+  return object;
 }
 
 }  // namespace

@@ -13,12 +13,12 @@ constexpr std::size_t kPeeked = 50;       // rows that tell how long the rows of
 constexpr int64_t kMostTold = 1'000'000;  // traits and environments, so that their product stays a number
 
 // The tables: how they are called, and which field tells their rows (Indicator: none does).
-struct TableRow {
+struct SectionCheck {
   Section section;
   std::string_view name;
   Field count;
 };
-constexpr TableRow kTableRows[] = {
+constexpr SectionCheck kTableRows[] = {
     {Section::Families, "families", Field::NumFamilies},
     {Section::Chromosomes, "chromosomes", Field::NumChromosomes},
     {Section::Map, "the linkage map", Field::Indicator},
@@ -30,14 +30,14 @@ constexpr TableRow kTableRows[] = {
     {Section::LineValues, "values", Field::Indicator},
 };
 
-const TableRow* TableOf(Section section) {
+const SectionCheck* TableOf(Section section) {
   const auto* row = std::find_if(std::begin(kTableRows), std::end(kTableRows),
-                                 [&](const TableRow& candidate) { return candidate.section == section; });
+                                 [&](const SectionCheck& candidate) { return candidate.section == section; });
   return row == std::end(kTableRows) ? nullptr : row;
 }
 
 struct Table {
-  const TableRow& row;
+  const SectionCheck& row;
   std::optional<std::size_t> rows;  // that there should be
   std::size_t told = 0;             // words a row, as the header has it; 0 unknown
   std::size_t wanted = 0;           // words a row that the rows are held to
@@ -51,7 +51,7 @@ std::optional<int64_t> LinesOf(const Sheet& sheet) {
   return sheet.familyLines;
 }
 
-std::optional<std::size_t> RowsDue(const Sheet& sheet, const TableRow& row) {
+std::optional<std::size_t> RowsDue(const Sheet& sheet, const SectionCheck& row) {
   std::optional<int64_t> count;
   if (row.count != Field::Indicator) count = sheet.Value(row.count);
   if (row.section == Section::Map || (row.count == Field::NumMarkers && !sheet.chromosomes.empty())) {
@@ -253,7 +253,7 @@ void TakeTable(Scan& scan, Table& table) {
 void TakeTables(Scan& scan) {
   const std::vector<Step> steps = StepsOf(scan);
   for (std::size_t k = HeaderSize(steps); k < steps.size(); ++k) {
-    const TableRow* row = TableOf(steps[k].section);
+    const SectionCheck* row = TableOf(steps[k].section);
     if (row == nullptr) return;  // simulations have a form of their own
     const bool ended = DataFrom(scan, scan.next) == scan.lines.size();
     Table table{*row, RowsDue(scan.sheet, *row)};

@@ -10,13 +10,13 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kShown = 20;      // findings of a file
-constexpr std::size_t kCodesShown = 6;  // in the summary of the genotypes
+constexpr std::size_t kFindingsShown = 20;  // findings of a file
+constexpr std::size_t kCodesShown = 6;      // in the summary of the genotypes
 
-struct KindRow {
+struct FaultWords {
   std::string_view word, plural;
 };
-constexpr std::array<KindRow, 10> kKinds = {{
+constexpr std::array<FaultWords, 10> kFaultWords = {{
     // in the order of enum FindingKind
     {"header", "header values"},
     {"count", "counts"},
@@ -31,29 +31,29 @@ constexpr std::array<KindRow, 10> kKinds = {{
 }};
 std::size_t Place(FindingKind kind) { return static_cast<std::size_t>(kind); }
 
-using Counts = std::array<std::size_t, kKinds.size()>;
+using KindCounts = std::array<std::size_t, kFaultWords.size()>;
 
-Counts CountKinds(const std::vector<Finding>& findings) {
-  Counts counts{};
+KindCounts CountKinds(const std::vector<Finding>& findings) {
+  KindCounts counts{};
   for (const Finding& finding : findings) ++counts[Place(finding.kind)];
   return counts;
 }
 
 // How many of each kind are shown: all, or an even share of what is shown of a file.
-Counts Quota(const Counts& counts, bool all) {
+KindCounts Quota(const KindCounts& counts, bool all) {
   std::size_t sum = 0, kinds = 0;
   for (const std::size_t count : counts) {
     sum += count;
     kinds += count > 0 ? 1 : 0;
   }
-  if (all || sum <= kShown) return counts;
-  Counts quota{};
+  if (all || sum <= kFindingsShown) return counts;
+  KindCounts quota{};
   for (std::size_t k = 0; k < counts.size(); ++k)
-    quota[k] = std::min(counts[k], std::max<std::size_t>(1, kShown / kinds));
+    quota[k] = std::min(counts[k], std::max<std::size_t>(1, kFindingsShown / kinds));
   return quota;
 }
 
-std::vector<const Finding*> Shown(const std::vector<Finding>& findings, Counts quota) {
+std::vector<const Finding*> Shown(const std::vector<Finding>& findings, KindCounts quota) {
   std::vector<const Finding*> shown;
   for (const Finding& finding : findings) {
     if (quota[Place(finding.kind)] == 0) continue;
@@ -90,14 +90,15 @@ std::string LinesText(const std::vector<std::size_t>& lines) {
 
 std::string FindingsText(const std::string& file, const std::vector<Finding>& findings, bool all) {
   if (findings.empty()) return {};
-  const Counts counts = CountKinds(findings), quota = Quota(counts, all);
+  const KindCounts counts = CountKinds(findings), quota = Quota(counts, all);
   std::string text = file + ": " + Counted(static_cast<int64_t>(findings.size()), "fault") + " in all\n";
   for (const Finding* finding : Shown(findings, quota)) {
     text += "  " + LinesText(finding->lines) + ": " + finding->words + '\n';
   }
   for (std::size_t k = 0; k < counts.size(); ++k) {
     if (quota[k] == counts[k]) continue;
-    text += "  and " + std::to_string(counts[k] - quota[k]) + " more of " + std::string(kKinds[k].plural);
+    text +=
+        "  and " + std::to_string(counts[k] - quota[k]) + " more of " + std::string(kFaultWords[k].plural);
     if (k == Place(FindingKind::Genotype)) text += "; in the whole file " + CodesOf(findings);
     text += "; --all lists them\n";
   }
@@ -105,14 +106,15 @@ std::string FindingsText(const std::string& file, const std::vector<Finding>& fi
 }
 
 nlohmann::json FindingsJson(const std::vector<Finding>& findings, bool all) {
-  const Counts counts = CountKinds(findings);
+  const KindCounts counts = CountKinds(findings);
   nlohmann::json list = nlohmann::json::array(), kinds = nlohmann::json::object();
   for (const Finding* finding : Shown(findings, Quota(counts, all))) {
-    list.push_back(
-        {{"kind", kKinds[Place(finding->kind)].word}, {"lines", finding->lines}, {"words", finding->words}});
+    list.push_back({{"kind", kFaultWords[Place(finding->kind)].word},
+                    {"lines", finding->lines},
+                    {"words", finding->words}});
   }
   for (std::size_t k = 0; k < counts.size(); ++k) {
-    if (counts[k] > 0) kinds[std::string(kKinds[k].word)] = counts[k];
+    if (counts[k] > 0) kinds[std::string(kFaultWords[k].word)] = counts[k];
   }
   return {{"count", findings.size()}, {"shown", list.size()}, {"kinds", kinds}, {"list", list}};
 }

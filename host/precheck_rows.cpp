@@ -13,12 +13,12 @@
 namespace host {
 namespace {
 
-constexpr std::size_t kNameWidth = 35;   // characters of a marker's name that count
-constexpr std::size_t kValueWidth = 20;  // of a phenotype
-constexpr std::size_t kProbe = 16;       // words that tell what a row is
+constexpr std::size_t kNameWidth = 35;       // characters of a marker's name that count
+constexpr std::size_t kPhenotypeWidth = 20;  // of a phenotype
+constexpr std::size_t kProbe = 16;           // words that tell what a row is
 constexpr std::string_view kMissingMarks[] = {"NA", "na", "*", "."};
 
-std::string Quoted(std::string_view text) {
+std::string ShownValue(std::string_view text) {
   constexpr std::size_t shown = 60;
   return "\"" + std::string(text.substr(0, shown)) + (text.size() > shown ? "..." : "") + "\"";
 }
@@ -39,7 +39,7 @@ std::optional<float> RealAt(const LineWords& words, std::size_t k) {
 bool IsValue(std::string_view word, bool marks) {
   if (marks && std::find(std::begin(kMissingMarks), std::end(kMissingMarks), word) != std::end(kMissingMarks))
     return true;
-  return IsReal(marks ? word.substr(0, kValueWidth) : word);
+  return IsReal(marks ? word.substr(0, kPhenotypeWidth) : word);
 }
 
 bool IsMarkers(Section section) { return section == Section::Markers || section == Section::Categorised; }
@@ -81,12 +81,12 @@ std::string NameOf(const LineWords& words, std::size_t k) {
 
 // --- tables of two or three words a row
 
-struct ShapeRow {
+struct RowShape {
   Section section;
   std::string_view what;
   FindingKind kind;
 };
-constexpr ShapeRow kShapes[] = {
+constexpr RowShape kRowShapes[] = {
     {Section::Families, "a family row is a name and a size of at least 1", FindingKind::Row},
     {Section::Chromosomes, "a chromosome row is a name and the number of its markers, at least 1",
      FindingKind::Row},
@@ -95,10 +95,10 @@ constexpr ShapeRow kShapes[] = {
 };
 
 void AddShape(Sheet& sheet, Section section, const SheetRow& row) {
-  for (const ShapeRow& shape : kShapes) {
+  for (const RowShape& shape : kRowShapes) {
     if (shape.section != section) continue;
     Add(sheet, shape.kind, {row.line},
-        std::string(shape.what) + ", not " + Quoted(row.raw) + ReasonOf(sheet, row, section));
+        std::string(shape.what) + ", not " + ShownValue(row.raw) + ReasonOf(sheet, row, section));
   }
 }
 
@@ -209,8 +209,8 @@ void TellJudgement(Sheet& sheet, const SheetRow& row, const std::string& marker,
   for (const BadCell& cell : sheet.judgement.cells) {
     sheet.findings.push_back({FindingKind::Genotype,
                               {row.line},
-                              "marker " + marker + ": " + Quoted(cell.code) + WhyNot(sheet, cell, category) +
-                                  Times(cell.times, cell.first),
+                              "marker " + marker + ": " + ShownValue(cell.code) +
+                                  WhyNot(sheet, cell, category) + Times(cell.times, cell.first),
                               cell.code,
                               cell.times});
   }
@@ -260,7 +260,7 @@ void LookAtValues(Sheet& sheet, Section section, const SheetRow& row) {
   }
   if (bad == 0) return;
   Add(sheet, FindingKind::Value, {row.line},
-      std::string(who) + " " + NameOf(row.words, 0) + ": " + Quoted(row.words.words[first]) +
+      std::string(who) + " " + NameOf(row.words, 0) + ": " + ShownValue(row.words.words[first]) +
           " is not a number (value " + std::to_string(first) + ")" +
           (bad > 1 ? ", nor are " + std::to_string(bad - 1) + " more" : "") +
           (marks ? "; missing values are -100, NA, na, * or ." : ""));
@@ -286,7 +286,7 @@ void TellRepeated(Sheet& sheet, const std::vector<NameAt>& names, const NameInde
     if (&here == &there) continue;
     const std::string words = here.name == there.name
                                   ? "marker " + here.name + " stands twice"
-                                  : Quoted(here.name) + " and " + Quoted(there.name) +
+                                  : ShownValue(here.name) + " and " + ShownValue(there.name) +
                                         " are one name for the reader, which keeps 35 characters";
     Add(sheet, FindingKind::Name, {there.line, here.line}, words);
   }

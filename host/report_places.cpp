@@ -64,11 +64,11 @@ constexpr ReportRow kReports[] = {
 constexpr ReportRow kMarkerReport = {"", Address::Row, Section::Markers};
 constexpr std::string_view kStart = "--Input error: ";
 
-struct FieldRow {
+struct FieldWords {
   Field field;
   std::string_view word;  // of a report about the field
 };
-constexpr FieldRow kFieldWords[] = {
+constexpr FieldWords kFieldWords[] = {
     {Field::Indicator, "indicator for mapping"},
     {Field::PopulationType, "Population Type"},
     {Field::MappingFunction, "Mapping Function"},
@@ -189,7 +189,7 @@ Section InFile(const FileLayout& layout, Section section) {
 std::optional<Field> FieldOfReport(std::string_view report, const FileLayout& layout,
                                    std::string_view module) {
   const bool chromosomeRow = module != "CSL" && layout.Value(Field::NumChromosomes).has_value();
-  for (const FieldRow& row : kFieldWords) {
+  for (const FieldWords& row : kFieldWords) {
     if (report.find(row.word) == std::string_view::npos) continue;
     if (row.field == Field::NumMarkers && chromosomeRow) return std::nullopt;
     // A NAM file has no environments: the words stand for its families.

@@ -1,5 +1,6 @@
 #include "host/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -50,8 +51,22 @@ std::string RightAligned(std::string_view text, std::size_t width) {
   return std::string(text.size() < width ? width - text.size() : 0, ' ') + std::string(text);
 }
 
+std::string FirstNames(std::span<const std::string> names, std::size_t shown) {
+  std::string list;
+  for (const std::string& name : names.first(std::min(shown, names.size()))) {
+    list += (list.empty() ? "" : ", ") + name;
+  }
+  return names.size() > shown ? list + ", ..." : list;
+}
+
 std::string_view WithoutTrailing(std::string_view text, std::string_view characters) {
   return text.substr(0, text.find_last_not_of(characters) + 1);
+}
+
+std::string_view Trimmed(std::string_view text) {
+  text = WithoutTrailing(text, " \t");
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  return text;
 }
 
 std::vector<std::string_view> BlankParted(std::string_view line) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,7 +19,10 @@ std::string Bytes(double count);
 std::string Counted(int64_t count, std::string_view noun);
 std::string Padded(std::string_view text, std::size_t width);
 std::string RightAligned(std::string_view text, std::size_t width);
+// "a, b, ..." of the first names.
+std::string FirstNames(std::span<const std::string> names, std::size_t shown);
 std::string_view WithoutTrailing(std::string_view text, std::string_view characters);
+std::string_view Trimmed(std::string_view text);  // of blanks and tabs at both ends
 
 // Words parted by blanks and tabs.
 std::vector<std::string_view> BlankParted(std::string_view line);

@@ -11,7 +11,6 @@
 namespace host {
 namespace {
 
-constexpr int32_t kStatusWrong = 100;
 constexpr std::size_t kTraitName = 19;
 
 struct TraitCheckRow {

@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-constexpr std::string_view kMark = "\xef\xbb\xbf";  // of byte order
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";  // of byte order
 constexpr std::string_view kBlanks = " \t";
 
 struct SeparatorRow {
@@ -39,7 +39,7 @@ std::size_t SkipBlanks(std::string_view line, std::size_t at, char separator) {
 }
 
 // A cell in quotes, two of which stand for one; gives the place behind the closing one.
-std::size_t TakeQuoted(CellReader& reader, std::string_view line, std::size_t at) {
+std::size_t TakeQuotedCell(CellReader& reader, std::string_view line, std::size_t at) {
   const char quote = line[at];
   const std::size_t begin = ++at;
   std::string* text = nullptr;
@@ -61,7 +61,7 @@ void SplitLine(CellReader& reader, std::string_view line) {
   std::size_t at = SkipBlanks(line, 0, separator);
   while (true) {
     if (at < line.size() && OpensQuote(line[at], separator)) {
-      at = TakeQuoted(reader, line, at);
+      at = TakeQuotedCell(reader, line, at);
       const std::size_t behind = SkipBlanks(line, at, separator);
       const bool parted =
           behind == line.size() || line[behind] == separator || (separator == ' ' && behind > at);
@@ -98,7 +98,7 @@ char SeparatorOf(std::string_view heading) {
 }  // namespace
 
 CellReader OpenCells(std::string_view text) {
-  if (text.starts_with(kMark)) text.remove_prefix(kMark.size());
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   CellReader reader;
   reader.rest = text;
   std::string_view line;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int32_t kFewestClasses = 3, kMostClasses = 10000;
 
-constexpr const char* kFooter =
+constexpr const char* kTrialFooter =
     "TABLE has one heading line and one plot a row, parted by tabs, semicolons, commas or blanks. Columns of "
     "environment, genotype and block are known by usual headings (environment, location, trial; genotype, "
     "variety, "
@@ -148,7 +148,7 @@ CLI::App* DeclareTrial(CLI::App& app, TrialOptions& options) {
   DeclareReport(*trial, options.report);
   trial->add_flag("--json", options.json, "print one JSON object instead of the summary");
   trial->add_flag("--quiet", options.quiet, "print nothing but failures (and the JSON)");
-  trial->footer(kFooter);
+  trial->footer(kTrialFooter);
   return trial;
 }
 

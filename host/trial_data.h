@@ -9,6 +9,8 @@
 
 namespace host {
 
+inline constexpr float kMissing = -9999.0F;  // a value that is missing, in the table of the library
+
 // A field trial, one plot a row. Names are those that the library gets: at most 19 characters.
 struct TrialData {
   std::vector<std::string> environments, genotypes, traits;  // in order of first appearance

@@ -9,9 +9,8 @@
 namespace host {
 namespace {
 
-constexpr float kMissing = -9999.0F;  // of the library's table
-constexpr float kNoValue = -100.0F;   // which its whole-trait statistics pass over
-constexpr std::size_t kShown = 3;     // environments named in a message
+constexpr float kNoValue = -100.0F;  // which its whole-trait statistics pass over
+constexpr std::size_t kShown = 3;    // environments named in a message
 constexpr int32_t kMostPlots =
     1 << 23;  // of an environment: beyond, the last normal quantile has probability 1
 
@@ -31,11 +30,12 @@ int32_t NewPlace(Renumbering& list, int32_t old, const std::vector<std::string>&
 }
 
 std::string Named(const TrialData& data, const std::vector<int32_t>& environments) {
-  std::string list;
-  for (std::size_t k = 0; k < environments.size() && k < kShown; ++k) {
-    list += (k > 0 ? ", " : "") + data.environments[static_cast<std::size_t>(environments[k])];
+  std::vector<std::string> names;
+  names.reserve(environments.size());
+  for (const int32_t environment : environments) {
+    names.push_back(data.environments[static_cast<std::size_t>(environment)]);
   }
-  return list + (environments.size() > kShown ? ", ..." : "");
+  return FirstNames(names, kShown);
 }
 
 // Bartlett's test over a single environment has no degrees of freedom, and the library ends there.

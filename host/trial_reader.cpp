@@ -19,7 +19,6 @@ namespace {
 
 constexpr std::size_t kNameBytes = 19;
 constexpr std::size_t kShownFaults = 5;
-constexpr float kMissing = -9999.0F;
 // Squares of larger values, summed over a million plots, leave the range of a 32-bit real.
 constexpr float kLargest = 1e15F;
 

@@ -88,7 +88,7 @@ std::string Row(const std::vector<std::string>& cells) {
   return line + '\n';
 }
 
-std::string TableRow(const TrialRun& run, std::size_t trait, const VarianceTable& table) {
+std::string VarianceRow(const TrialRun& run, std::size_t trait, const VarianceTable& table) {
   const VarianceSource* genotype = SourceNamed(table, "Genotype");
   const std::string cv = Shown(VariationPercent(run, trait, table));
   return Row({table.combined ? "all environments" : table.where, cv, Shown(table.h2Plot), Shown(table.h2Mean),
@@ -99,11 +99,12 @@ std::string TablesText(const TrialRun& run, std::size_t trait) {
   const std::vector<VarianceTable>& tables = run.results[trait].tables;
   if (tables.empty()) return "  no environment has error degrees of freedom: no analysis of variance\n";
   std::string text = Row({"", "CV %", "h2 plot", "h2 mean", "LSD 5 %", "P"});
-  if (const VarianceTable* combined = Combined(run.results[trait])) text += TableRow(run, trait, *combined);
+  if (const VarianceTable* combined = Combined(run.results[trait]))
+    text += VarianceRow(run, trait, *combined);
   std::size_t shown = 0, environments = 0;
   for (const VarianceTable& table : tables) {
     if (table.combined || ++environments > kShownTables) continue;
-    text += TableRow(run, trait, table);
+    text += VarianceRow(run, trait, table);
     ++shown;
   }
   if (environments > shown)

@@ -16,7 +16,7 @@
 namespace host {
 namespace {
 
-constexpr const char* kTable = ".txt";  // four characters, which the library cuts off
+constexpr const char* kLibraryTable = ".txt";  // four characters, which the library cuts off
 constexpr const char* kMissingText = " -9999";
 constexpr const char* kResultName = "result";
 constexpr std::size_t kNameField = 20, kSourceField = 16, kValueField = 12;
@@ -79,7 +79,7 @@ void CallLibrary(const ResultFiles& files, const TrialRun& run, int32_t classes)
   // The library takes 256 characters of a path at most.
   std::filesystem::create_directory_symlink(std::filesystem::absolute(files.folder.Path()),
                                             call.folder.Path() / "out");
-  const std::string name = std::string("out/") + kResultName + run.word + kTable;
+  const std::string name = std::string("out/") + kResultName + run.word + kLibraryTable;
   const auto length = static_cast<int32_t>(name.size());
   const auto rows = static_cast<int32_t>(run.data.Plots());
   const auto columns = static_cast<int32_t>(run.data.traits.size()) + kKeyColumns;
@@ -227,7 +227,7 @@ double TrialBytes(const TrialData& data) {
 }
 
 void RunTrialAnalysis(const ResultFiles& files, int32_t classes, TrialRun& run) {
-  const std::filesystem::path table = Unpublished(files, run.word + kTable);
+  const std::filesystem::path table = Unpublished(files, run.word + kLibraryTable);
   WriteTable(table, run.data);
   CallLibrary(files, run, classes);
   std::filesystem::remove(table);

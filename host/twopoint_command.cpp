@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t kCells = 9;
-constexpr const char* kFooter =
+constexpr const char* kTwopointFooter =
     "The nine counts are the individuals with each pair of genotypes, the first marker's genotype running "
     "slowest: "
     "AA AH AB HA HH HB BA BH BB (A is P1, H is F1, B is P2). A dominant or recessive marker's merged class "
@@ -47,14 +47,14 @@ struct Answer {
   float rec = 0.5F, standardError = 0, lod = 0, p = 1, haldane = 0, kosambi = 0;
 };
 
-[[noreturn]] void Refuse(const std::string& sentence) { throw Failure{ExitCode::UsageWrong, sentence}; }
+[[noreturn]] void RefuseUsage(const std::string& sentence) { throw Failure{ExitCode::UsageWrong, sentence}; }
 
 const ClassRow& FindClass(std::string_view text) {
   for (const ClassRow& row : kClasses) {
     if (EqualIgnoringCase(text, row.name) || text == row.digits) return row;
   }
   if (EqualIgnoringCase(text, "co-dominant")) return kClasses[0];
-  Refuse("\"" + std::string(text) + "\" is no marker class; known: codominant, dominant, recessive");
+  RefuseUsage("\"" + std::string(text) + "\" is no marker class; known: codominant, dominant, recessive");
 }
 
 void FindClasses(const TwoPointOptions& options, Question& question) {
@@ -68,13 +68,13 @@ void FindClasses(const TwoPointOptions& options, Question& question) {
         return;
       }
     }
-    Refuse("\"" + options.pairCode +
-           "\" is no pair code; known: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010");
+    RefuseUsage("\"" + options.pairCode +
+                "\" is no pair code; known: 11, 112, 110, 121, 1212, 1210, 101, 1012, 1010");
   }
   if (options.classes.empty()) return;
   const std::size_t comma = options.classes.find(',');
   if (comma == std::string::npos)
-    Refuse("--classes wants two classes with a comma between: codominant,dominant");
+    RefuseUsage("--classes wants two classes with a comma between: codominant,dominant");
   const std::string_view text = options.classes;
   question.first = &FindClass(text.substr(0, comma));
   question.second = &FindClass(text.substr(comma + 1));
@@ -86,9 +86,9 @@ float ReadCount(const std::string& text) {
   const char* start = text.data() + (text.starts_with('+') ? 1 : 0);
   const auto result = std::from_chars(start, end, value);
   if (result.ec != std::errc{} || result.ptr != end || !std::isfinite(value)) {
-    Refuse("\"" + text + "\" is no count");
+    RefuseUsage("\"" + text + "\" is no count");
   }
-  if (value < 0) Refuse("the count " + text + " is negative");
+  if (value < 0) RefuseUsage("the count " + text + " is negative");
   return value;
 }
 
@@ -96,11 +96,12 @@ Question ReadQuestion(const TwoPointOptions& options) {
   Question question{};
   question.population = FindPopulation(options.population);
   if (question.population == nullptr) {
-    Refuse("\"" + options.population + "\" is no population; known are 1 to 20 and their names, see --help");
+    RefuseUsage("\"" + options.population +
+                "\" is no population; known are 1 to 20 and their names, see --help");
   }
   FindClasses(options, question);
   if (options.counts.size() != kCells) {
-    Refuse("nine counts are wanted, " + std::to_string(options.counts.size()) + " are given");
+    RefuseUsage("nine counts are wanted, " + std::to_string(options.counts.size()) + " are given");
   }
   for (std::size_t cell = 0; cell < kCells; ++cell) question.table[cell] = ReadCount(options.counts[cell]);
   return question;
@@ -185,7 +186,7 @@ CLI::App* DeclareTwoPoint(CLI::App& app, TwoPointOptions& options) {
       ->add_option("--classes", options.classes, "classes of the two markers, such as codominant,dominant")
       ->excludes(code);
   twoPoint->add_flag("--json", options.json, "print one JSON object");
-  twoPoint->footer(kFooter);
+  twoPoint->footer(kTwopointFooter);
   return twoPoint;
 }
 

@@ -15,14 +15,14 @@
 namespace importers {
 namespace {
 
-struct Word {
+struct PlacedWord {
   std::string_view text;
   std::size_t line;
 };
 
 // "popt=F2", "popt = F2" and "popt =F2" are the same words.
-std::vector<Word> Words(const TextFile& file) {
-  std::vector<Word> words;
+std::vector<PlacedWord> Words(const TextFile& file) {
+  std::vector<PlacedWord> words;
   for (std::size_t at = 0; at < file.lines.size(); ++at) {
     const std::string_view line = std::string_view(file.lines[at]).substr(0, file.lines[at].find(';'));
     for (std::string_view word : host::BlankParted(line)) {
@@ -39,7 +39,7 @@ std::vector<Word> Words(const TextFile& file) {
 
 struct Reading {
   const TextFile& file;
-  std::vector<Word> words;
+  std::vector<PlacedWord> words;
   std::size_t next = 0;
   std::map<std::string, std::string, std::less<>> settings;
   std::size_t loci = 0, lines = 0;
@@ -102,7 +102,7 @@ std::string_view TakeBrackets(Reading& reading) {
 }
 
 struct Locus {
-  Word name;
+  PlacedWord name;
   std::string_view type;
   std::vector<std::string_view> texts;
   std::vector<std::size_t> lines;

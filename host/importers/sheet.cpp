@@ -8,14 +8,6 @@
 namespace importers {
 namespace {
 
-constexpr std::string_view kBlanks = " \t";
-
-std::string_view Trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == std::string_view::npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
-}
-
 // A field that begins with a quote: up to the quote that closes it, then on to the separator.
 std::size_t TakeQuoted(std::string_view line, std::size_t at, char separator, std::string& field) {
   for (++at; at < line.size(); ++at) {
@@ -71,7 +63,7 @@ std::vector<std::string> Fields(std::string_view line, char separator) {
       at = TakeQuoted(line, begin, separator, field);
     } else {
       const std::size_t end = std::min(line.find(separator, at), line.size());
-      field = Trimmed(line.substr(at, end - at));
+      field = host::Trimmed(line.substr(at, end - at));
       at = end;
     }
     fields.push_back(std::move(field));
@@ -84,7 +76,7 @@ Sheet ReadSheet(const TextFile& file, std::size_t first) {
   char separator = '\0';
   for (std::size_t at = first; at < file.lines.size(); ++at) {
     const std::string& line = file.lines[at];
-    if (Trimmed(line).empty()) continue;
+    if (host::Trimmed(line).empty()) continue;
     if (separator == '\0') separator = SeparatorOf(line);
     std::vector<std::string> row = Fields(line, separator);
     if (sheet.rows.empty()) {

@@ -16,7 +16,7 @@ using host::Failure;
 using host::TableKind;
 
 constexpr std::string_view kSpecial = " ,/'\"*\x7F";
-constexpr std::size_t kCodes = 12;  // the most that a kind has
+constexpr std::size_t kMostCodes = 12;  // the most that a kind has
 // Codes of a bi-parental table by their place.
 enum : uint8_t { kA, kH, kB, kD, kR, kX };
 
@@ -235,7 +235,7 @@ void AddMarker(Builder& builder, const MarkerSource& source, std::vector<uint8_t
       std::any_of(after.begin(), after.begin() + missing, [&](int64_t count) { return count == left; });
   builder.ledger.typed += typed;
   builder.impossible += builder.pending[static_cast<std::size_t>(Blank::NotInPopulation)];
-  for (std::size_t code = 0; code < kCodes; ++code) builder.seen[code] += before[code];
+  for (std::size_t code = 0; code < kMostCodes; ++code) builder.seen[code] += before[code];
   if (left == 0) return DropMarker(builder, source, Drop::NothingLeft);
   if (oneGenotype) return DropMarker(builder, source, Drop::OneGenotype);
   ++builder.ledger.read;

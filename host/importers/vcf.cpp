@@ -166,15 +166,15 @@ void ThrowFault(const TextSource& source, Fault fault, const std::vector<std::st
 }
 
 // The work arrays of a run, so that no site allocates.
-struct Reading {
+struct VcfReading {
   SampleColumns columns;
   std::vector<Call> calls, parents, lines;
   std::vector<uint8_t> cells;
   std::string madeName;
 };
 
-Reading StartReading(SampleColumns columns, std::size_t samples) {
-  Reading reading{std::move(columns), {}, {}, {}, {}, {}};
+VcfReading StartReading(SampleColumns columns, std::size_t samples) {
+  VcfReading reading{std::move(columns), {}, {}, {}, {}, {}};
   reading.calls.resize(samples);
   reading.parents.resize(reading.columns.parents.size());
   reading.lines.resize(reading.columns.lines.size());
@@ -183,7 +183,7 @@ Reading StartReading(SampleColumns columns, std::size_t samples) {
 }
 
 void TakeSite(const TextSource& source, const Site& site, const std::vector<std::string>& samples,
-              Reading& reading, Builder& builder) {
+              VcfReading& reading, Builder& builder) {
   std::string_view name = site.fixed[kId];
   if (name == "." || name.empty()) {
     reading.madeName.assign(site.fixed[kChrom]).append("_").append(site.fixed[kPos]);
@@ -221,7 +221,7 @@ Import ReadVcf(const std::filesystem::path& path, Request request) {
   const std::vector<std::string> samples = ReadSamples(source);
   Ledger notes;
   SettlePopulation(request, source.Path(), request.kind, 0, "VCF", notes);
-  Reading reading = StartReading(PartSamples(request, source.Path(), samples), samples.size());
+  VcfReading reading = StartReading(PartSamples(request, source.Path(), samples), samples.size());
   std::vector<std::string> names;
   for (const std::size_t line : reading.columns.lines) names.push_back(samples[line]);
   Builder builder = StartTable(request, source.Path(), std::move(names), reading.columns.lines.size());

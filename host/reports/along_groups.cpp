@@ -10,16 +10,16 @@
 namespace reports {
 namespace {
 
-constexpr double kLeft = 62, kRight = kFigureWidth - 84, kTop = 14, kBottom = 250;
+constexpr double kTrackLeft = 62, kTrackRight = kFigureWidth - 84, kTrackTop = 14, kBottom = 250;
 constexpr double kHighest = 45;        // -log10 of the smallest single-precision number
 constexpr std::size_t kHovered = 600;  // points up to this number tell their names
 
 Panel AlongPanel(double low, double high, std::string yTitle) {
-  return {{0, 1, kLeft, kRight}, {low, high, kBottom, kTop}, "", std::move(yTitle)};
+  return {{0, 1, kTrackLeft, kTrackRight}, {low, high, kBottom, kTrackTop}, "", std::move(yTitle)};
 }
 
 void DrawBase(Drawing& drawing, const MapReport& report, const GenomeAxis& axis, const Panel& panel) {
-  DrawGenomeBands(drawing, axis, kTop, kBottom);
+  DrawGenomeBands(drawing, axis, kTrackTop, kBottom);
   DrawYAxis(drawing, panel);
   drawing.height = kBottom + DrawGenomeNames(drawing, report, axis, kBottom);
 }
@@ -73,21 +73,22 @@ Dots PlaceDots(Drawing& drawing, const MapReport& report, const GenomeAxis& axis
 void DrawThreshold(Drawing& drawing, const Panel& panel, double value, const std::string& label) {
   if (value > panel.y.high) return;
   const double y = panel.y(value);
-  AddLine(drawing, kLeft, y, kRight, y, R"(stroke="#a00" stroke-width=".8" stroke-dasharray="5 3")");
-  AddText(drawing, kRight + 5, y + 3, label, kSmall);
+  AddLine(drawing, kTrackLeft, y, kTrackRight, y,
+          R"(stroke="#a00" stroke-width=".8" stroke-dasharray="5 3")");
+  AddText(drawing, kTrackRight + 5, y + 3, label, kSmall);
 }
 
 // Shares of the codes in one column of the figure.
-struct Column {
+struct TrackColumn {
   double from = 0, to = 0;  // pixels
   std::vector<double> sums;
   double markers = 0;
 };
 
 // Markers that share a pixel are averaged; each column reaches half way to its neighbours.
-std::vector<Column> ShareColumns(const ReportGroup& group, const DrawnMap& map, const Scale& scale,
-                                 std::size_t codes) {
-  std::vector<Column> columns;
+std::vector<TrackColumn> ShareColumns(const ReportGroup& group, const DrawnMap& map, const Scale& scale,
+                                      std::size_t codes) {
+  std::vector<TrackColumn> columns;
   for (std::size_t k = 0; k < map.at.size(); ++k) {
     const ReportMarker& marker = group.markers[map.which[k]];
     if (marker.shares.size() != codes) continue;
@@ -107,9 +108,9 @@ std::vector<Column> ShareColumns(const ReportGroup& group, const DrawnMap& map, 
 }
 
 // Bars of one code over those of the codes before it, as one outline.
-std::string ShareArea(const std::vector<Column>& columns, std::size_t code, const Scale& y) {
+std::string ShareArea(const std::vector<TrackColumn>& columns, std::size_t code, const Scale& y) {
   std::string there, back;
-  for (const Column& column : columns) {
+  for (const TrackColumn& column : columns) {
     double below = 0;
     for (std::size_t c = 0; c < code; ++c) below += column.sums[c];
     const double low = y(below / column.markers), high = y((below + column.sums[code]) / column.markers);
@@ -124,9 +125,9 @@ std::string ShareArea(const std::vector<Column>& columns, std::size_t code, cons
 void DrawCodeLegend(Drawing& drawing, const std::vector<std::string>& codes) {
   for (std::size_t c = 0; c < codes.size(); ++c) {
     const double y = kBottom - 12 - static_cast<double>(c) * 16;
-    AddRect(drawing, kRight + 12, y, 12, 12,
+    AddRect(drawing, kTrackRight + 12, y, 12, 12,
             "fill=\"" + Hex(ClassShade(c, codes.size())) + "\" stroke=\"#555\" stroke-width=\".5\"");
-    AddText(drawing, kRight + 29, y + 10, Shortened(codes[c], kTextSize, 52));
+    AddText(drawing, kTrackRight + 29, y + 10, Shortened(codes[c], kTextSize, 52));
   }
 }
 
@@ -146,7 +147,7 @@ Figure SegregationFigure(const MapReport& report) {
   }
   if (tested == 0) return {};
   const double strict = -std::log10(0.05 / static_cast<double>(tested));
-  const GenomeAxis axis = LayGroups(report, kLeft + 3, kRight - 3);
+  const GenomeAxis axis = LayGroups(report, kTrackLeft + 3, kTrackRight - 3);
   const Panel panel = AlongPanel(0, std::max(highest, strict) * 1.05, "\xE2\x88\x92log10 p");
   Drawing drawing{kFigureWidth, 0, {}};
   DrawBase(drawing, report, axis, panel);
@@ -171,7 +172,7 @@ Figure MissingFigure(const MapReport& report) {
       sum += MissingPercent(marker);
     }
   }
-  const GenomeAxis axis = LayGroups(report, kLeft + 3, kRight - 3);
+  const GenomeAxis axis = LayGroups(report, kTrackLeft + 3, kTrackRight - 3);
   const Panel panel = AlongPanel(0, std::min(100.0, highest * 1.05), "missing, %");
   Drawing drawing{kFigureWidth, 0, {}};
   DrawBase(drawing, report, axis, panel);
@@ -187,14 +188,14 @@ Figure MissingFigure(const MapReport& report) {
 Figure GenotypeShares(const MapReport& report) {
   const std::size_t codes = report.codes.size();
   if (codes == 0 || PlacedMarkers(report) == 0) return {};
-  const GenomeAxis axis = LayGroups(report, kLeft + 3, kRight - 3);
+  const GenomeAxis axis = LayGroups(report, kTrackLeft + 3, kTrackRight - 3);
   const Panel panel = AlongPanel(0, 1, "share of typed lines");
   Drawing drawing{kFigureWidth, 0, {}};
   DrawBase(drawing, report, axis, panel);
   std::size_t shown = 0;
   for (std::size_t g = 0; g < report.groups.size(); ++g) {
     const auto columns = ShareColumns(report.groups[g], axis.maps[g], axis.scales[g], codes);
-    for (const Column& column : columns) shown += static_cast<std::size_t>(column.markers);
+    for (const TrackColumn& column : columns) shown += static_cast<std::size_t>(column.markers);
     for (std::size_t c = 0; c < codes; ++c) {
       AddPath(drawing, ShareArea(columns, c, panel.y),
               "fill=\"" + Hex(ClassShade(c, codes)) + "\" stroke=\"#555\" stroke-width=\".25\"");
@@ -205,7 +206,8 @@ Figure GenotypeShares(const MapReport& report) {
   for (std::size_t c = 0; c + 1 < report.expected.size(); ++c) {
     expected += report.expected[c];
     const double y = panel.y(expected);
-    AddLine(drawing, kLeft, y, kRight, y, R"(stroke="#000" stroke-width=".9" stroke-dasharray="6 3")");
+    AddLine(drawing, kTrackLeft, y, kTrackRight, y,
+            R"(stroke="#000" stroke-width=".9" stroke-dasharray="6 3")");
   }
   DrawCodeLegend(drawing, report.codes);
   return MadeFigure(drawing, "genotype_shares", "Genotype shares along the groups",

@@ -9,7 +9,7 @@
 namespace reports {
 namespace {
 
-constexpr double kTop = 30, kSide = 420, kFirstLeft = 58, kSecondLeft = 562;
+constexpr double kPlotTop = 30, kSide = 420, kFirstLeft = 58, kSecondLeft = 562;
 constexpr std::size_t kMostHovered = 120;  // points up to this number tell their names when pointed at
 constexpr std::size_t kMostLabels = 400;   // genotypes beyond are drawn without a try for a name
 
@@ -35,7 +35,7 @@ Panel EqualPanel(const std::vector<BiplotPoint>& points, double left) {
   double reach = 1e-6;
   for (const BiplotPoint& point : points) reach = std::max({reach, std::abs(point.x), std::abs(point.y)});
   reach *= 1.14;
-  return {{-reach, reach, left, left + kSide}, {-reach, reach, kTop + kSide, kTop}, "", ""};
+  return {{-reach, reach, left, left + kSide}, {-reach, reach, kPlotTop + kSide, kPlotTop}, "", ""};
 }
 
 Panel FreePanel(const std::vector<BiplotPoint>& points, double left) {
@@ -45,7 +45,8 @@ Panel FreePanel(const std::vector<BiplotPoint>& points, double left) {
     y.push_back(point.y);
   }
   const Bounds across = Widened(BoundsOf(x), 0.1), up = Widened(BoundsOf(y), 0.1);
-  return {{across.low, across.high, left, left + kSide}, {up.low, up.high, kTop + kSide, kTop}, "", ""};
+  return {
+      {across.low, across.high, left, left + kSide}, {up.low, up.high, kPlotTop + kSide, kPlotTop}, "", ""};
 }
 
 struct Box {
@@ -206,7 +207,7 @@ void DrawPanelBase(Drawing& drawing, Panel& panel, const std::string& title, std
   DrawYAxis(drawing, panel, 6);
   DrawXAxis(drawing, panel, 6);
   DrawFrame(drawing, panel);
-  AddText(drawing, (panel.x.from + panel.x.to) / 2, kTop - 10, title, kBoldMiddle);
+  AddText(drawing, (panel.x.from + panel.x.to) / 2, kPlotTop - 10, title, kBoldMiddle);
   if (panel.y.low < 0 && panel.y.high > 0)
     AddLine(drawing, panel.x.from, panel.y(0), panel.x.to, panel.y(0), R"(stroke="#999")");
   if (panel.x.low < 0 && panel.x.high > 0)
@@ -247,7 +248,7 @@ Figure BiplotFigure(const Biplot& biplot, const std::string& trait, std::size_t 
   const bool wins = biplot.model == "GGE";
   const std::vector<BiplotPoint> axes = PointsOf(biplot, false), means = PointsOf(biplot, true);
   if (axes.empty()) return {};
-  Drawing drawing{kFigureWidth, kTop + kSide + 44, {}};
+  Drawing drawing{kFigureWidth, kPlotTop + kSide + 44, {}};
   const std::string one = AxisTitle(1, biplot.share1), two = AxisTitle(2, biplot.share2);
   Panel first = wins ? EqualPanel(axes, kFirstLeft) : FreePanel(means, kFirstLeft),
         second = EqualPanel(axes, kSecondLeft);

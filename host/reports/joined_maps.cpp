@@ -21,8 +21,8 @@ struct JoinedPanel {
   JoinedMap left, middle, right;
 };
 
-constexpr double kAxisRoom = 36, kNames = 92, kBarWidth = 12, kBetween = 104, kHead = 50;
-constexpr double kPanelWidth = kAxisRoom + 2 * kNames + 2 * kBetween + 3 * kBarWidth;
+constexpr double kScaleRoom = 36, kNames = 92, kBarWidth = 12, kBetween = 104, kHead = 50;
+constexpr double kPanelWidth = kScaleRoom + 2 * kNames + 2 * kBetween + 3 * kBarWidth;
 constexpr std::size_t kMostPanels = 60;
 
 // Markers that leave the longest run of maps in one order when taken out. `order` has places along one map in the
@@ -109,13 +109,13 @@ Joins DrawPanel(Drawing& drawing, const JoinedPanel& panel, double left, double 
   const Scale y{0, longest, top, top + height};
   double x[3];
   for (std::size_t k = 0; k < 3; ++k) {
-    x[k] = left + kAxisRoom + kNames + static_cast<double>(k) * (kBarWidth + kBetween);
+    x[k] = left + kScaleRoom + kNames + static_cast<double>(k) * (kBarWidth + kBetween);
     if (maps[k].at.empty()) continue;
     DrawMapHead(drawing, *heads[k], x[k] + kBarWidth / 2, top);
     DrawBar(drawing, {x[k], kBarWidth, y}, maps[k]);
   }
   AddText(drawing, x[1] + kBarWidth / 2, top - 38, panel.title, kBoldMiddle);
-  DrawMapScale(drawing, left + kAxisRoom, y);
+  DrawMapScale(drawing, left + kScaleRoom, y);
   const std::size_t markers = panel.names.size();
   const std::vector<double> places = PlacesByMarker(maps[1], markers);
   const Joins first = DrawJoins(drawing, PlacesByMarker(maps[0], markers), places, x[0] + kBarWidth, x[1], y);

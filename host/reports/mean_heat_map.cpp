@@ -13,7 +13,7 @@ namespace reports {
 namespace {
 
 constexpr std::size_t kMostDrawnCells = 1800;  // more become an image
-constexpr double kNamesLeft = 110, kTop = 14, kLegendRoom = 90;
+constexpr double kNamesLeft = 110, kGridTop = 14, kLegendRoom = 90;
 
 struct MeanTable {
   std::vector<std::size_t> genotypes, environments;  // in drawing order: highest mean first
@@ -61,24 +61,26 @@ MeanTable PlanMeans(const TrialReport& report, std::size_t t) {
   return table;
 }
 
-constexpr int kShades = 64;
-constexpr uint8_t kEmpty = kShades;
+constexpr int kGridShades = 64;
+constexpr uint8_t kGridEmpty = kGridShades;
 
 void DrawMeanImage(Drawing& drawing, const TrialReport& report, std::size_t t, const MeanTable& table,
                    double width, double height) {
   Raster raster{table.environments.size(), table.genotypes.size(), {}, {}};
-  for (int k = 0; k < kShades; ++k) raster.palette.push_back(ShadeAt(Ramp::Blue, k / (kShades - 1.0)));
+  for (int k = 0; k < kGridShades; ++k)
+    raster.palette.push_back(ShadeAt(Ramp::Blue, k / (kGridShades - 1.0)));
   raster.palette.push_back({255, 255, 255});
   for (const std::size_t g : table.genotypes) {
     for (const std::size_t e : table.environments) {
       const double mean = MeanAt(report, t, g, e);
       const double share = (mean - table.bounds.low) / (table.bounds.high - table.bounds.low);
-      raster.pixels.push_back(std::isfinite(mean) ? static_cast<uint8_t>(std::clamp(
-                                                        static_cast<int>(share * kShades), 0, kShades - 1))
-                                                  : kEmpty);
+      raster.pixels.push_back(
+          std::isfinite(mean)
+              ? static_cast<uint8_t>(std::clamp(static_cast<int>(share * kGridShades), 0, kGridShades - 1))
+              : kGridEmpty);
     }
   }
-  AddImage(drawing, kNamesLeft, kTop, width, height, Png(raster),
+  AddImage(drawing, kNamesLeft, kGridTop, width, height, Png(raster),
            "means of genotypes (rows) in environments");
 }
 
@@ -92,7 +94,7 @@ void DrawMeanCells(Drawing& drawing, const TrialReport& report, std::size_t t, c
     for (std::size_t column = 0; column < table.environments.size(); ++column) {
       const std::size_t g = table.genotypes[row], e = table.environments[column];
       const double mean = MeanAt(report, t, g, e), x = kNamesLeft + static_cast<double>(column) * cellWidth,
-                   y = kTop + static_cast<double>(row) * cellHeight;
+                   y = kGridTop + static_cast<double>(row) * cellHeight;
       if (!std::isfinite(mean)) {
         AddText(drawing, x + cellWidth / 2, y + cellHeight / 2 + 3, "\xC3\x97",
                 R"(text-anchor="middle" fill="#999")");
@@ -120,7 +122,7 @@ void DrawMeanNames(Drawing& drawing, const TrialReport& report, const MeanTable&
   const std::size_t everyRow = LabelStep(table.genotypes.size(), height, 9.5),
                     everyColumn = LabelStep(table.environments.size(), width, upright ? 10.0 : cellWidth);
   for (std::size_t row = 0; row < table.genotypes.size(); row += everyRow) {
-    AddText(drawing, kNamesLeft - 5, kTop + (static_cast<double>(row) + 0.5) * height / rows + 3,
+    AddText(drawing, kNamesLeft - 5, kGridTop + (static_cast<double>(row) + 0.5) * height / rows + 3,
             Shortened(report.genotypes[table.genotypes[row]], kSmallText, kNamesLeft - 8), kSmallEnd);
   }
   for (std::size_t column = 0; column < table.environments.size(); column += everyColumn) {
@@ -128,9 +130,9 @@ void DrawMeanNames(Drawing& drawing, const TrialReport& report, const MeanTable&
     const std::string name =
         Shortened(report.environments[table.environments[column]], kSmallText, upright ? 110 : cellWidth);
     if (upright)
-      AddUpright(drawing, x + 3, kTop + height + 5, name, kSmallEnd);
+      AddUpright(drawing, x + 3, kGridTop + height + 5, name, kSmallEnd);
     else
-      AddText(drawing, x, kTop + height + 13, name, kSmallMiddle);
+      AddText(drawing, x, kGridTop + height + 13, name, kSmallMiddle);
   }
 }
 
@@ -150,17 +152,17 @@ Figure MeanHeatMap(const TrialReport& report, std::size_t t) {
     longest = std::max(longest, TextWidth(report.environments[e], kSmallText));
   const bool upright = longest + 4 > cellWidth;
   Drawing drawing{std::max(kNamesLeft + width + kLegendRoom, 420.0),
-                  std::max(kTop + height + (upright ? std::min(longest, 110.0) : 12) + 12, 220.0),
+                  std::max(kGridTop + height + (upright ? std::min(longest, 110.0) : 12) + 12, 220.0),
                   {}};
   if (table.genotypes.size() * table.environments.size() > kMostDrawnCells)
     DrawMeanImage(drawing, report, t, table, width, height);
   else
     DrawMeanCells(drawing, report, t, table, cellWidth, cellHeight);
-  AddRect(drawing, kNamesLeft, kTop, width, height, R"(fill="none" stroke="#777" stroke-width=".7")");
+  AddRect(drawing, kNamesLeft, kGridTop, width, height, R"(fill="none" stroke="#777" stroke-width=".7")");
   DrawMeanNames(drawing, report, table, width, height, upright);
   const double legend = kNamesLeft + width + 22;
-  AddText(drawing, legend, kTop + 8, Shortened(trait.name, kTextSize, kLegendRoom - 10), kBold);
-  DrawRampScale(drawing, legend, kTop + 22, 160, {Ramp::Blue, table.bounds, false});
+  AddText(drawing, legend, kGridTop + 8, Shortened(trait.name, kTextSize, kLegendRoom - 10), kBold);
+  DrawRampScale(drawing, legend, kGridTop + 22, 160, {Ramp::Blue, table.bounds, false});
   const std::size_t empty = table.genotypes.size() * table.environments.size() - table.cells;
   return MadeFigure(
       drawing, "means_" + std::to_string(t + 1), trait.name + ": means of genotypes in environments",

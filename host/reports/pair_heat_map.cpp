@@ -19,7 +19,8 @@ constexpr std::size_t kLeastPixels = 500;  // fewer are drawn several pixels wid
 constexpr std::size_t kSampled = 6;
 constexpr int kShades = 24;  // of each half
 constexpr uint8_t kEmpty = 2 * kShades;
-constexpr double kLargest = 660, kSmallest = 220, kLeft = 100, kTop = 16;  // of the square, pixels
+constexpr double kLargest = 660, kSmallest = 220, kSquareLeft = 100,
+                 kSquareTop = 16;  // of the square, pixels
 
 struct PairImage {
   Raster raster;
@@ -116,23 +117,23 @@ void DrawBorders(Drawing& drawing, const MapReport& report, std::size_t placed, 
     const double size = static_cast<double>(group.markers.size()) * unit, middle = at + size / 2;
     if (at > 0) {
       constexpr std::string_view style = R"(stroke="#000" stroke-width=".5" stroke-opacity=".6")";
-      AddLine(drawing, kLeft + at, kTop, kLeft + at, kTop + side, style);
-      AddLine(drawing, kLeft, kTop + at, kLeft + side, kTop + at, style);
+      AddLine(drawing, kSquareLeft + at, kSquareTop, kSquareLeft + at, kSquareTop + side, style);
+      AddLine(drawing, kSquareLeft, kSquareTop + at, kSquareLeft + side, kSquareTop + at, style);
     }
     if (middle - freeLeft >= kLabelGap) {
-      AddText(drawing, kLeft - 6, kTop + middle + 3, Shortened(group.name, kSmallText, kLeft - 10),
-              kSmallEnd);
+      AddText(drawing, kSquareLeft - 6, kSquareTop + middle + 3,
+              Shortened(group.name, kSmallText, kSquareLeft - 10), kSmallEnd);
       freeLeft = middle;
     }
     const double width = TextWidth(group.name, kSmallText);
     if (middle - width / 2 >= freeBelow) {
-      AddText(drawing, kLeft + middle, kTop + side + 13, Shortened(group.name, kSmallText, kLeft),
-              kSmallMiddle);
+      AddText(drawing, kSquareLeft + middle, kSquareTop + side + 13,
+              Shortened(group.name, kSmallText, kSquareLeft), kSmallMiddle);
       freeBelow = middle + width / 2 + 4;
     }
     at += size;
   }
-  AddRect(drawing, kLeft, kTop, side, side, R"(fill="none" stroke="#333")");
+  AddRect(drawing, kSquareLeft, kSquareTop, side, side, R"(fill="none" stroke="#333")");
 }
 
 void DrawLegend(Drawing& drawing, double x, double top, const std::string& title, const std::string& where,
@@ -152,16 +153,16 @@ Figure PairHeatMap(const MapReport& report) {
   const double side = std::clamp(30 * static_cast<double>(placed), kSmallest, kLargest);
   // The scales stand one below the other where that fits.
   const bool stacked = side >= 480;
-  const double scales = kLeft + side + 40;
-  Drawing drawing{scales + (stacked ? 200 : 350), kTop + side + 34, {}};
-  AddImage(drawing, kLeft, kTop, side, side, Png(image.raster, times),
+  const double scales = kSquareLeft + side + 40;
+  Drawing drawing{scales + (stacked ? 200 : 350), kSquareTop + side + 34, {}};
+  AddImage(drawing, kSquareLeft, kSquareTop, side, side, Png(image.raster, times),
            "recombination frequency below the diagonal, LOD above it");
   DrawBorders(drawing, report, placed, side);
-  AddText(drawing, kLeft + side / 2, kTop + side + 29, "markers in map order", kMiddle);
-  DrawLegend(drawing, scales, kTop + 40, "LOD score", "above the diagonal",
+  AddText(drawing, kSquareLeft + side / 2, kSquareTop + side + 29, "markers in map order", kMiddle);
+  DrawLegend(drawing, scales, kSquareTop + 40, "LOD score", "above the diagonal",
              {Ramp::Orange, {0, image.highestLod}, false});
-  DrawLegend(drawing, scales + (stacked ? 0 : 140), kTop + (stacked ? 270 : 40), "Recombination frequency",
-             "below the diagonal", {Ramp::Blue, {0, 0.5}, true});
+  DrawLegend(drawing, scales + (stacked ? 0 : 140), kSquareTop + (stacked ? 270 : 40),
+             "Recombination frequency", "below the diagonal", {Ramp::Blue, {0, 0.5}, true});
   const double pairs = static_cast<double>(placed) * (static_cast<double>(placed) - 1) / 2;
   std::string caption =
       host::Fixed(pairs, 0) + " pairs of " + CountText(placed, "marker") +

@@ -10,7 +10,7 @@
 namespace reports {
 namespace {
 
-constexpr double kLeft = 62, kRight = kFigureWidth - 110;
+constexpr double kCurveLeft = 62, kCurveRight = kFigureWidth - 110;
 constexpr std::string_view kCurve = R"(fill="none" stroke="#1f4e79" stroke-width="1.8")";
 constexpr std::string_view kSecondCurve =
     R"(fill="none" stroke="#c7761a" stroke-width="1.6" stroke-dasharray="5 3")";
@@ -151,12 +151,12 @@ Figure SweepFigure(const MapReport& report) {
     for (const int64_t size : step.sizes) sum += static_cast<double>(size);
     markers = std::max(markers, sum);
   }
-  const Scale x{edges.front(), edges.back(), kLeft, kRight};
+  const Scale x{edges.front(), edges.back(), kCurveLeft, kCurveRight};
   const Panel counts{x, {0, most * 1.08, 190, 14}, "", "groups"};
   const Panel sizes{x, {0, markers * 1.04, 430, 222}, "LOD cut", "markers, by group"};
   Drawing drawing{kFigureWidth, 468, {}};
   DrawYAxis(drawing, counts);
-  AddLine(drawing, kLeft, counts.y.from, kRight, counts.y.from, kAxisStyle);
+  AddLine(drawing, kCurveLeft, counts.y.from, kCurveRight, counts.y.from, kAxisStyle);
   DrawGroupCounts(drawing, report, counts);
   DrawCut(drawing, report, counts, true);
   DrawYAxis(drawing, sizes);
@@ -168,7 +168,7 @@ Figure SweepFigure(const MapReport& report) {
   }
   if (single > 0) {
     AddPath(drawing, line, kSecondCurve);
-    AddText(drawing, kRight + 6, sizes.y(static_cast<double>(report.sweep.back().single)) + 3,
+    AddText(drawing, kCurveRight + 6, sizes.y(static_cast<double>(report.sweep.back().single)) + 3,
             "single markers", kSmall);
   }
   DrawXAxis(drawing, sizes, 12);
@@ -193,8 +193,9 @@ Figure LineFigure(const MapReport& report) {
   for (const auto& [chosen, moments] : {std::pair{&crossovers, &first}, std::pair{&missing, &second}}) {
     if (moments->count == 0) continue;
     const double highest = std::max(1.0, BoundsOf(chosen->values).high) * 1.08;
-    DrawLinePanel(drawing, report, {{0, 1, kLeft, kRight}, {0, highest, top + 150, top}, "", chosen->title},
-                  *chosen, *moments);
+    DrawLinePanel(drawing, report,
+                  {{0, 1, kCurveLeft, kCurveRight}, {0, highest, top + 150, top}, "", chosen->title}, *chosen,
+                  *moments);
     caption += (caption.empty() ? "" : " ") +
                std::string(chosen == &crossovers ? "Crossovers" : "Missing genotypes, %,") + " of " +
                CountText(static_cast<std::size_t>(moments->count), "line") + ": mean " +
@@ -203,7 +204,7 @@ Figure LineFigure(const MapReport& report) {
     top += 185;
   }
   if (caption.empty()) return {};
-  AddText(drawing, (kLeft + kRight) / 2, top - 18, "lines in file order", kMiddle);
+  AddText(drawing, (kCurveLeft + kCurveRight) / 2, top - 18, "lines in file order", kMiddle);
   drawing.height = top - 6;
   return MadeFigure(drawing, "lines", "Crossovers and missing genotypes per line",
                     caption + " Lines more than three standard deviations above the mean are named.");

@@ -12,7 +12,7 @@
 namespace reports {
 namespace {
 
-constexpr double kLeft = 66, kRight = kFigureWidth - 16;
+constexpr double kBoxLeft = 66, kBoxRight = kFigureWidth - 16;
 constexpr std::size_t kMostBoxes = 160;
 constexpr std::size_t kExactSmall = 400;  // marks of a small panel that are drawn one by one
 
@@ -92,15 +92,15 @@ Figure BoxPlots(const TrialReport& report, std::size_t t) {
   if (plots == 0) return {};
   const Bounds bounds = Widened(BoundsOf(all), 0.05);
   constexpr double top = 14, bottom = 290;
-  const Panel panel{{0, 1, kLeft, kRight}, {bounds.low, bounds.high, bottom, top}, "", trait.name};
-  const double step = (kRight - kLeft) / static_cast<double>(shown);
+  const Panel panel{{0, 1, kBoxLeft, kBoxRight}, {bounds.low, bounds.high, bottom, top}, "", trait.name};
+  const double step = (kBoxRight - kBoxLeft) / static_cast<double>(shown);
   const double names = NamesHeight(report.environments, step);
   Drawing drawing{kFigureWidth, bottom + 38 + names, {}};
   DrawYAxis(drawing, panel);
-  AddLine(drawing, kLeft, bottom, kRight, bottom, kAxisStyle);
-  const std::size_t every = LabelStep(shown, kRight - kLeft, names > 0 ? kLabelPitch : step);
+  AddLine(drawing, kBoxLeft, bottom, kBoxRight, bottom, kAxisStyle);
+  const std::size_t every = LabelStep(shown, kBoxRight - kBoxLeft, names > 0 ? kLabelPitch : step);
   for (std::size_t e = 0; e < shown; ++e) {
-    const double x = kLeft + (static_cast<double>(e) + 0.5) * step;
+    const double x = kBoxLeft + (static_cast<double>(e) + 0.5) * step;
     const std::vector<double> sorted = SortedFinite(trait.plots[e]);
     if (!sorted.empty()) DrawBox(drawing, sorted, x, std::min(44.0, step * 0.6), panel.y);
     if (e % every != 0) continue;

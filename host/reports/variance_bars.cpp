@@ -10,7 +10,7 @@ namespace reports {
 namespace {
 
 constexpr std::size_t kMostBars = 60;
-constexpr double kPitch = 22, kTop = 34, kWidestName = 190;
+constexpr double kPitch = 22, kBarsTop = 34, kWidestName = 190;
 
 // The components of one analysis, by VarianceParts::sources; 0 where it has none.
 struct VarianceBar {
@@ -85,13 +85,13 @@ Figure VarianceBars(const TrialReport& report, std::size_t t) {
   double names = 60;
   for (const VarianceBar& bar : parts.bars)
     names = std::max(names, std::min(kWidestName, TextWidth(bar.where, kTextSize)));
-  const double bottom = kTop + kPitch * static_cast<double>(parts.bars.size()) + 2;
+  const double bottom = kBarsTop + kPitch * static_cast<double>(parts.bars.size()) + 2;
   const Panel panel{
-      {0, 100, names + 14, kFigureWidth - 90}, {0, 1, bottom, kTop}, "share of the variance, %", ""};
+      {0, 100, names + 14, kFigureWidth - 90}, {0, 1, bottom, kBarsTop}, "share of the variance, %", ""};
   Drawing drawing{kFigureWidth, bottom + 38, {}};
   DrawSources(drawing, parts, panel.x.from);
   AddText(drawing, panel.x.to + 8, 18, "total");
-  double y = kTop;
+  double y = kBarsTop;
   for (const VarianceBar& bar : parts.bars) {
     DrawVarianceBar(drawing, parts, bar, panel.x, y);
     y += kPitch;

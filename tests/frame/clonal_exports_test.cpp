@@ -9,20 +9,20 @@
 #include "frame/exports.h"
 #include "platform/unit.h"
 #include "tests/support/scratch.h"
+#include "tests/support/untouched.h"
 
 namespace {
 
+using support::kUntouched;
+using support::kUntouchedReal;
 using support::ReadFile;
 using support::ScratchFolder;
 using support::WriteFile;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-constexpr int32_t kUntouched = -77;
-constexpr float kUntouchedReal = -77.0F;
-
 // Arrays as the host lays them out, in the order of the arguments.
-struct Outcome {
+struct ClonalOutcome {
   int32_t status = 0;
   std::string console;
   std::array<int32_t, 4> scalars{kUntouched, kUntouched, kUntouched, kUntouched};
@@ -31,14 +31,14 @@ struct Outcome {
   std::array<std::vector<float>, 11> reals;       // chi, p, pair arrays
   std::vector<int32_t> phase = std::vector<int32_t>(4, kUntouched);
 
-  Outcome() {
+  ClonalOutcome() {
     integers.fill(std::vector<int32_t>(4, kUntouched));
     reals.fill(std::vector<float>(4, kUntouchedReal));
   }
 };
 
-Outcome CheckCdm(const std::string& name) {
-  Outcome o;
+ClonalOutcome CheckCdm(const std::string& name) {
+  ClonalOutcome o;
   auto& c = o.integers;
   auto& r = o.reals;
   const auto length = static_cast<int32_t>(name.size());
@@ -54,8 +54,8 @@ Outcome CheckCdm(const std::string& name) {
   return o;
 }
 
-Outcome CheckPlm(const std::string& name) {
-  Outcome o;
+ClonalOutcome CheckPlm(const std::string& name) {
+  ClonalOutcome o;
   auto& c = o.integers;
   auto& r = o.reals;
   const auto length = static_cast<int32_t>(name.size());
@@ -88,7 +88,7 @@ const std::string kPlm =
 TEST(CheckErrorCdm, HandsOutMarkersPairsAndPhases) {
   const ScratchFolder folder;
   WriteFile("in.cdm", kCdm);
-  const Outcome o = CheckCdm("in.cdm");
+  const ClonalOutcome o = CheckCdm("in.cdm");
   EXPECT_EQ(o.status, 0) << ReadFile("CDM.log");
   EXPECT_EQ(o.console, " in.cdm read successfully!\n  DLL CheckErrrorCDM run successfully!\n");
   EXPECT_EQ(ReadFile("CDM.log"), "in.cdm read successfully!\n  DLL CheckErrrorCDM run successfully!\n");
@@ -110,7 +110,7 @@ TEST(CheckErrorCdm, HandsOutMarkersPairsAndPhases) {
 TEST(CheckErrorPlm, HandsOutMarkersAndPairs) {
   const ScratchFolder folder;
   WriteFile("in.plm", kPlm);
-  const Outcome o = CheckPlm("in.plm");
+  const ClonalOutcome o = CheckPlm("in.plm");
   EXPECT_EQ(o.status, 0) << ReadFile("PLM.log");
   EXPECT_EQ(o.console, " in.plm read successfully!\n  DLL CheckErrrorPLM run successfully!\n");
   EXPECT_EQ(ReadFile("PLM.log"), "in.plm read successfully!\n  DLL CheckErrrorPLM run successfully!\n");
@@ -126,11 +126,11 @@ TEST(CheckErrorCdmAndPlm, ARefusedFileTouchesNothing) {
   const ScratchFolder folder;
   WriteFile("bad", "7\n");
   for (const bool clonal : {true, false}) {
-    const Outcome o = clonal ? CheckCdm("bad") : CheckPlm("bad");
+    const ClonalOutcome o = clonal ? CheckCdm("bad") : CheckPlm("bad");
     EXPECT_EQ(o.status, 100);
     const std::string code = clonal ? "CDM" : "PLM";
     EXPECT_EQ(o.console, " --Error found. Please check " + code + ".log for details!\n");
-    const Outcome untouched;
+    const ClonalOutcome untouched;
     EXPECT_EQ(o.scalars, untouched.scalars);
     EXPECT_EQ(o.names, untouched.names);
     EXPECT_EQ(o.integers, untouched.integers);

@@ -10,18 +10,18 @@
 #include "platform/unit.h"
 #include "project/store.h"
 #include "tests/support/scratch.h"
+#include "tests/support/untouched.h"
 
 namespace {
 
 using support::Exists;
+using support::kUntouched;
+using support::kUntouchedReal;
 using support::ReadFile;
 using support::ScratchFolder;
 using support::WriteFile;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
-
-constexpr int32_t kUntouched = -77;
-constexpr float kUntouchedReal = -77.0F;
 
 std::string F2File(const std::string& rows, const std::string& anchors) {
   return "!type\n7\n!function\n2\n!space\n1\n!markers\n3\n!size\n4\n!types\n" + rows + "!anchors\n" + anchors;

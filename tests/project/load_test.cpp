@@ -23,8 +23,6 @@ std::string Load(int32_t moduleCode, const std::string& text) {
   return support::Load(Module::Bin, moduleCode, text);
 }
 
-std::string Name(const std::string& text) { return support::Padded(text, kNameWidth); }
-
 // A file of one population type: `size` lines, the marker rows given, all anchors 0 unless told.
 std::string File(int population, int size, const std::vector<std::string>& rows, const std::string& anchors) {
   std::string text = "!type\n" + std::to_string(population) + "\n!function\n1\n!space\n2\n!markers\n" +
@@ -296,14 +294,14 @@ TEST(Load, ReportsOfRowsAnchorsAndNames) {
   };
   const std::string twice = "--Input error: two markers have same name in markertypes!\n";
   const auto pair = [&](int first, int second, const std::string& name) {
-    return twice + "  MarkerID, Name of 1st marker = " + Integer8(first) + " " + Name(name) +
-           "\n  MarkerID, Name of 2nd marker = " + Integer8(second) + " " + Name(name) + "\n";
+    return twice + "  MarkerID, Name of 1st marker = " + Integer8(first) + " " + support::NameField(name) +
+           "\n  MarkerID, Name of 2nd marker = " + Integer8(second) + " " + support::NameField(name) + "\n";
   };
   const std::vector<std::string> two = {"M1 A B", "M2 B A"};
   const auto mismatch = [](int m, const std::string& read, const std::string& expected) {
     return "--Input error: Name in AnchorInfo does not match name in Markertype!\n"
            "  MarkerID, Name in Anchorinfo, Name in MarkerType = " +
-           Integer8(m) + " " + Name(read) + " " + Name(expected) + "\n";
+           Integer8(m) + " " + support::NameField(read) + " " + support::NameField(expected) + "\n";
   };
   const std::string noRow = "--Input error: cannot read MarkerType!\n  MarkerID = ";
   const Case cases[] = {
@@ -360,7 +358,7 @@ TEST(Load, FillsTheStore) {
                            "'a name' 4\n" + longName + ",,\nM3 0\n")),
             "good");
   const ProjectBlock& block = Store(Module::Bin);
-  EXPECT_EQ(MarkerNameAt(block, 1), Name("a name"));
+  EXPECT_EQ(MarkerNameAt(block, 1), support::NameField("a name"));
   EXPECT_EQ(MarkerNameAt(block, 2), std::string(35, 'L'));
   EXPECT_EQ(block.MarkerCategory.items, (std::vector<int32_t>{1, 12, 10}));
   EXPECT_EQ(block.AnchorInfo.items, (std::vector<int32_t>{4, 4, 0}));
@@ -378,7 +376,7 @@ TEST(Load, ACodeWithoutRulesReadsNoRows) {
   // The anchor rows follow the header at once, and their names are blank.
   EXPECT_EQ(Load(7, "99\n1\n2\n2\n3\n' ' 5\n, 6\n"), "good");
   const ProjectBlock& block = Store(Module::Bin);
-  EXPECT_EQ(MarkerNameAt(block, 2), Name(""));
+  EXPECT_EQ(MarkerNameAt(block, 2), support::NameField(""));
   EXPECT_EQ(MarkerCategoryAt(block, 2), 1);
   EXPECT_EQ(block.AnchorInfo.items, (std::vector<int32_t>{5, 6}));
 }

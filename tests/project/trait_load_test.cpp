@@ -16,7 +16,6 @@ using support::Load;
 using support::Padded;
 using support::ScratchFolder;
 
-std::string Name(const std::string& text) { return Padded(text, kNameWidth); }
 std::string Short(const std::string& text) { return Padded(text, 19); }
 
 std::string Report(const std::string& words, const std::vector<std::string>& details) {
@@ -46,14 +45,15 @@ TEST(Chromosomes, Reports) {
   const std::vector<std::string> abc = {"a", "b", "c"};
   const std::string differs = "Different names on chromosome and markertype!";
   const auto twice = [](int c1, int k1, int c2, int k2) {
-    return Report(
-        "two markers have same name on linkage maps!",
-        {"  ChromID, MarkerID, Name of 1st marker = " + Integer8(c1) + Integer8(k1) + " " + Name("a"),
-         "  ChromID, MarkerID, Name of 2nd marker = " + Integer8(c2) + Integer8(k2) + " " + Name("a")});
+    return Report("two markers have same name on linkage maps!",
+                  {"  ChromID, MarkerID, Name of 1st marker = " + Integer8(c1) + Integer8(k1) + " " +
+                       support::NameField("a"),
+                   "  ChromID, MarkerID, Name of 2nd marker = " + Integer8(c2) + Integer8(k2) + " " +
+                       support::NameField("a")});
   };
   const auto disagree = [&](int c, int m, const std::string& map, const std::string& types) {
     return Report(differs, {"  ChromID, MarkerID, Name on Chromosome, Name on Markertype = " + Integer8(c) +
-                            Integer8(m) + " " + Name(map) + " " + Name(types)});
+                            Integer8(m) + " " + support::NameField(map) + " " + support::NameField(types)});
   };
   const std::string falls =
       Report("two markers are in wrong order!",

@@ -37,5 +37,6 @@ inline std::string Integer8(int32_t value) {
 inline std::string Padded(std::string text, std::size_t width) {
   return text.append(width - text.size(), ' ');
 }
+inline std::string NameField(const std::string& text) { return Padded(text, project::kNameWidth); }
 
 }  // namespace support

@@ -98,9 +98,9 @@ TEST(Robustness, EveryByteOfEveryFormatMayBeAnother) {
     Judge(file, sample, sample.text, taken, refused);
     ASSERT_EQ(refused, 0) << sample.text;
     for (std::size_t at = 0; at < sample.text.size(); ++at) {
-      // Five of the twelve at each place, others at the next.
+      // Two of the twelve at each place, others at the next.
       constexpr std::string_view others("\0\n\t ,\"9A*-\xC3=", 12);
-      for (std::size_t k = 0; k < 5; ++k) {
+      for (std::size_t k = 0; k < 2; ++k) {
         string text = sample.text;
         text[at] = others[(5 * at + k) % others.size()];
         Judge(file, sample, text, taken, refused);

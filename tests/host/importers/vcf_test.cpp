@@ -28,13 +28,13 @@ string Vcf(const string& samples, const string& rows) {
   return text;
 }
 
-struct Case {
+struct VcfCase {
   string name, samples, rows, population;
   std::vector<string> parents;
   string outcome;
 };
 
-const Case kCases[] = {
+const VcfCase kCases[] = {
     {"all forms of a genotype",
      "P1 P2 a b c d e f g h",
      "1 10 s1 PASS GT 0/0 1/1 0/0 0/1 1|0 1|1 ./. . 1/2 0/.\n"
@@ -95,7 +95,7 @@ const Case kCases[] = {
 };
 
 TEST(Vcf, GenotypesAreReadUnderTheirParents) {
-  for (const Case& c : kCases) {
+  for (const VcfCase& c : kCases) {
     const Sandbox sandbox;
     const string text = Vcf(c.samples, c.rows);
     EXPECT_EQ(Outcome(sandbox, Format::Vcf, text, Asked(c.population, c.parents)), c.outcome) << c.name;
