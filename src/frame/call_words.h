@@ -5,6 +5,7 @@
 #include <array>
 #include <string_view>
 
+#include "platform/fatal.h"
 #include "project/modules.h"
 
 namespace frame {
@@ -153,12 +154,13 @@ inline constexpr std::array<PreReadWords, 5> kPreReadWords = {{
 }};
 
 template <class Rows>
-constexpr const auto& WordsOf(const Rows& rows, project::Module module) {
-  std::size_t r = 0;
-  while (rows[r].module != module) {
-    ++r;
+const auto& WordsOf(const Rows& rows, project::Module module) {
+  for (const auto& row : rows) {
+    if (row.module == module) {
+      return row;
+    }
   }
-  return rows[r];
+  platform::Fatal("a call has no words for its module");
 }
 
 }  // namespace frame

@@ -198,6 +198,9 @@ std::string Record(const EditList& list, std::initializer_list<Value> values) {
       AppendValue(record, edit, *value++);
     }
   }
+  if (value != values.end()) {
+    Fatal("a record has more values than edit codes");
+  }
   return record;
 }
 

@@ -90,7 +90,8 @@ void AppendReal(std::string& record, int width, int decimals, float value);
 void AppendReals(std::string& record, int width, int decimals, std::span<const float> values);
 void AppendExponent(std::string& record, int width, int decimals, int exponent, float value);
 
-// The record of a list and its values, in order; ends behind the last value.
+// The record of a list and its values, in order; ends behind the last value. A value that does not suit its code, or has
+// none, is a fault of the program and fatal.
 std::string Record(const EditList& list, std::initializer_list<Value> values);
 
 }  // namespace platform

@@ -90,6 +90,7 @@ TEST(Record, ManyRealsAreAsEachOfThem) {
 
 TEST(RecordDeathTest, AValueMustSuitItsCode) {
   EXPECT_EXIT(Record(Edits("I8"), {1.0F}), testing::ExitedWithCode(1), "does not suit");
+  EXPECT_EXIT(Record(Edits("I8"), {1, 2}), testing::ExitedWithCode(1), "more values than edit codes");
 }
 
 }  // namespace

@@ -98,7 +98,7 @@ void ExpectNear(double shown, double exact, const std::string& what) {
   EXPECT_NEAR(shown, exact, 1e-4 + 3e-5 * std::fabs(exact)) << what;
 }
 
-class Textbook : public testing::TestWithParam<std::pair<const char*, const char*>> {};
+class Textbook : public testing::TestWithParam<std::pair<std::string, std::string>> {};
 
 TEST_P(Textbook, CombinedAnalysisAndBartlett) {
   const support::ScratchFolder folder;
