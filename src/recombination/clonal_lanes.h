@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "recombination/pair_tables.h"
+
 namespace recombination {
 
 // What two categories come to. counts[0] is always the number of lines that both markers show.
@@ -23,9 +25,9 @@ enum class ClonalModel : int32_t {
 };
 inline constexpr size_t kMostCounts = 7;
 
-// Many pairs of one model at once. OneParent gives rec[0], lod[0] and distance[0], not yet limited. The models
-// of parents, and those of an ABCD marker, find these in the places of the parents; what they and the others
-// give is ready for the caller.
+// Many pairs of one model at once. OneParent gives rec[0], lod[0] and distance[0], the LOD not yet limited, and in
+// rec[2] the frequency folded. BothParents and the models of an ABCD marker find the first three in the places of the
+// parents; what they and the others give is ready for the caller.
 struct ClonalLaneJob {
   ClonalModel model;
   int32_t mappingFunction;
@@ -33,7 +35,6 @@ struct ClonalLaneJob {
   size_t stride;
   size_t count;  // rounded up to kMostLanes by the routines: room and readable counts must be there
   std::array<float*, 3> rec, lod, distance;
-  int32_t* phase;
 };
 
 // One routine an instruction set, the same results from each. A pair without lines gets 0.5, 0 and 1000.
@@ -42,5 +43,8 @@ void EstimateClonalPortable(const ClonalLaneJob& job);
 void EstimateClonalAvx2(const ClonalLaneJob& job);
 void EstimateClonalAvx512(const ClonalLaneJob& job);
 #endif
+
+// By the routine of a level.
+void EstimateClonalLanes(Level level, const ClonalLaneJob& job);
 
 }  // namespace recombination

@@ -121,6 +121,21 @@ inline R Sqrt(const R& x) {
   }
 }
 
+// A function that changes each half of a vector. The halves stay in registers: in memory, a vector read behind the writing of
+// its halves would have to wait for both.
+template <class R, class F, size_t... k>
+inline R ByHalves(const R& x, F function, std::index_sequence<k...>) {
+  constexpr size_t kHalf = sizeof...(k);
+  auto low = __builtin_shufflevector(x, x, k...), high = __builtin_shufflevector(x, x, (kHalf + k)...);
+  function(low);
+  function(high);
+  return __builtin_shufflevector(low, high, k..., (kHalf + k)...);
+}
+template <class R, class F>
+inline R ByHalves(const R& x, F function) {
+  return ByHalves<R>(x, function, std::make_index_sequence<kLanes<R> / 2>());
+}
+
 // Logarithm, common or natural, of positive lanes; other lanes get a value without meaning. A vector goes
 // through double in two halves.
 template <class R, bool kCommon>
@@ -133,14 +148,12 @@ inline R LogOf(const R& x) {
     using Floats = typename HalfOf<kLanes<R>>::Floats;
     using Doubles = typename HalfOf<kLanes<R>>::Doubles;
     using Words = typename HalfOf<kLanes<R>>::Words;
-    auto halves = __builtin_bit_cast(LaneArray<R, Floats>, x);
-    for (Floats& half : halves.value) {
+    return ByHalves<R>(x, [](Floats& half) {
       Doubles value;
       stats::LogLanes<Doubles, Words>(__builtin_convertvector(half, Doubles), value);
       if constexpr (kCommon) value *= stats::kLog10E;
       half = __builtin_convertvector(value, Floats);
-    }
-    return __builtin_bit_cast(R, halves);
+    });
   }
 }
 
@@ -154,13 +167,11 @@ inline R Cbrt(const R& x) {
     using Doubles = typename HalfOf<kLanes<R>>::Doubles;
     using Words = typename HalfOf<kLanes<R>>::Words;
     const R size = Abs<R>(x);
-    auto halves = __builtin_bit_cast(LaneArray<R, Floats>, size);
-    for (Floats& half : halves.value) {
-      Doubles root;
-      stats::CbrtLanes<Doubles, Words>(__builtin_convertvector(half, Doubles), root);
-      half = __builtin_convertvector(root, Floats);
-    }
-    const R root = __builtin_bit_cast(R, halves);
+    const R root = ByHalves<R>(size, [](Floats& half) {
+      Doubles value;
+      stats::CbrtLanes<Doubles, Words>(__builtin_convertvector(half, Doubles), value);
+      half = __builtin_convertvector(value, Floats);
+    });
     const Mask<R> plain = (size > 0.0f) & (size <= 3.4028235e38f);  // others are their own roots
     return Select<R>(plain, Select<R>(x < 0.0f, -root, root), x);
   }

@@ -21,6 +21,19 @@ void CountPortable(const ParentPlanes& p, uint32_t* counts) {
   }
 }
 
+void CountTwoPortable(const TwoClassPlanes& p, TwoClassCounts& counts) {
+  for (size_t c = 0; c < 4; ++c) {
+    for (size_t k = 0; k < kAbreast; ++k) {
+      uint32_t count = 0;
+      for (size_t w = 0; w < p.words; ++w) {
+        count += static_cast<uint32_t>(
+            std::popcount(p.first[w * p.slots + c / 2] & p.second[(w * 2 + c % 2) * kAbreast + k]));
+      }
+      counts[c][k] = count;
+    }
+  }
+}
+
 #if defined(__x86_64__)
 __attribute__((target("popcnt"))) void CountPopcnt(const ParentPlanes& p, uint32_t* counts) {
   for (size_t x = 0; x < p.firstClasses; ++x) {
@@ -30,6 +43,19 @@ __attribute__((target("popcnt"))) void CountPopcnt(const ParentPlanes& p, uint32
         count += __builtin_popcountll(p.first[w + x] & p.second[w + y]);
       }
       counts[x * p.slots + y] = static_cast<uint32_t>(count);
+    }
+  }
+}
+
+__attribute__((target("popcnt"))) void CountTwoPopcnt(const TwoClassPlanes& p, TwoClassCounts& counts) {
+  for (size_t c = 0; c < 4; ++c) {
+    for (size_t k = 0; k < kAbreast; ++k) {
+      int64_t count = 0;
+      for (size_t w = 0; w < p.words; ++w) {
+        count +=
+            __builtin_popcountll(p.first[w * p.slots + c / 2] & p.second[(w * 2 + c % 2) * kAbreast + k]);
+      }
+      counts[c][k] = static_cast<uint32_t>(count);
     }
   }
 }
@@ -58,9 +84,41 @@ __attribute__((target("avx512f,avx512vpopcntdq"))) void CountEight(const ParentP
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(counts + x * 8), _mm512_maskz_cvtepi64_epi32(0xff, sum));
   }
 }
+// One marker a lane.
+__attribute__((target("avx512f,avx512vpopcntdq"))) void CountTwoWide(const TwoClassPlanes& p,
+                                                                     TwoClassCounts& counts) {
+  __m512i sum[4] = {};
+  for (size_t w = 0; w < p.words; ++w) {
+#pragma GCC unroll 4
+    for (size_t c = 0; c < 4; ++c) {
+      const __m512i both =
+          _mm512_and_si512(_mm512_set1_epi64(static_cast<int64_t>(p.first[w * p.slots + c / 2])),
+                           _mm512_loadu_si512(p.second + (w * 2 + c % 2) * kAbreast));
+      sum[c] = _mm512_add_epi64(sum[c], _mm512_popcnt_epi64(both));
+    }
+  }
+#pragma GCC unroll 4
+  for (size_t c = 0; c < 4; ++c) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(counts[c]), _mm512_maskz_cvtepi64_epi32(0xff, sum[c]));
+  }
+}
 #endif
 
 }  // namespace
+
+void CountTwoClasses(Level level, const TwoClassPlanes& planes, TwoClassCounts& counts) {
+  switch (level) {
+#if defined(__x86_64__)
+    case Level::Avx512:
+      return CountTwoWide(planes, counts);
+    case Level::Avx2:
+    case Level::Popcnt:
+      return CountTwoPopcnt(planes, counts);
+#endif
+    default:
+      return CountTwoPortable(planes, counts);
+  }
+}
 
 void CountClasses(Level level, const ParentPlanes& planes, uint32_t* counts) {
   switch (level) {

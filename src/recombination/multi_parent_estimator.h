@@ -5,10 +5,10 @@
 #include "recombination/lane_math.h"
 #include "recombination/multi_parent_lanes.h"
 
-// The iterated estimate of populations of four and eight parents over lanes. A lane whose pair is done takes
-// the next pair, so that slow pairs hold up nobody; several vectors take turns, so that one's divisions run
-// while another waits.
+// The models of populations of four and eight parents over lanes: frequencies, the next estimate, LOD.
 namespace recombination {
+
+inline constexpr float kSettled = 1e-6f;  // change of the estimate, distance of a class from uniform
 
 // Frequency of a cell of each kind that occurs. None is above 1 for r in 0 to 1.
 template <class R, int32_t kPopulation>
@@ -67,6 +67,24 @@ inline StepCounts<R> CountsOf(const R* expected, const R& n) {
   }
 }
 
+// A bit a lane.
+template <class R>
+inline uint32_t MaskBits(const Mask<R>& mask) {
+#if defined(__x86_64__)
+  if constexpr (kLanes<R> == 4) {
+    return static_cast<uint32_t>(_mm_movemask_ps(__builtin_bit_cast(__m128, mask)));
+  } else if constexpr (kLanes<R> == 8) {
+    return static_cast<uint32_t>(_mm256_movemask_ps(__builtin_bit_cast(__m256, mask)));
+  } else if constexpr (kLanes<R> == 16) {
+    return static_cast<uint32_t>(_mm512_movepi32_mask(__builtin_bit_cast(__m512i, mask)));
+  }
+#endif
+  const auto lanes = __builtin_bit_cast(LaneArray<R, int32_t>, mask);
+  uint32_t bits = 0;
+  for (size_t k = 0; k < kLanes<R>; ++k) bits |= static_cast<uint32_t>(lanes.value[k] < 0) << k;
+  return bits;
+}
+
 // The bytes of half the lanes in double, a type of its own for each R.
 template <class R>
 struct HalfArray {
@@ -88,26 +106,48 @@ inline D SqrtOfDoubles(const D& x) {
   return __builtin_bit_cast(D, lanes);
 }
 
+// The halves of a vector and back, without a way through memory.
+template <class R, int kHalf>
+inline auto HalfOfLanes(const R& x) {
+  if constexpr (kLanes<R> == 4) {
+    return __builtin_shufflevector(x, x, 2 * kHalf, 2 * kHalf + 1);
+  } else if constexpr (kLanes<R> == 8) {
+    return __builtin_shufflevector(x, x, 4 * kHalf, 4 * kHalf + 1, 4 * kHalf + 2, 4 * kHalf + 3);
+  } else {
+    return __builtin_shufflevector(x, x, 8 * kHalf, 8 * kHalf + 1, 8 * kHalf + 2, 8 * kHalf + 3,
+                                   8 * kHalf + 4, 8 * kHalf + 5, 8 * kHalf + 6, 8 * kHalf + 7);
+  }
+}
+template <class R, class Half>
+inline R JoinedLanes(const Half& low, const Half& high) {
+  if constexpr (kLanes<R> == 4) {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3);
+  } else if constexpr (kLanes<R> == 8) {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7);
+  } else {
+    return __builtin_shufflevector(low, high, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+  }
+}
+
+template <class R, int kHalf>
+inline auto SmallerRoots(const R& a, const R& b, const R& c) {
+  using Floats = typename HalfOf<kLanes<R>>::Floats;
+  using Doubles = typename HalfOf<kLanes<R>>::Doubles;
+  const Doubles x = __builtin_convertvector(HalfOfLanes<R, kHalf>(a), Doubles),
+                y = __builtin_convertvector(HalfOfLanes<R, kHalf>(b), Doubles),
+                z = __builtin_convertvector(HalfOfLanes<R, kHalf>(c), Doubles);
+  const Doubles root = SqrtOfDoubles<R, Doubles>(y * y - 4.0 * x * z);
+  return __builtin_convertvector(z / (-0.5 * (y - root)), Floats);
+}
+
 // QuadraticRecRoot over lanes, for the counts that occur here: b is below -2 n and the discriminant above 3 n^2,
 // so that two real roots lie apart, and the one nearer to 0, by the same operations as there, is the only one
 // that can lie in 0 to 0.5.
 template <class R>
 inline R QuadraticRecRoots(const R& a, const R& b, const R& c) {
-  using Floats = typename HalfOf<kLanes<R>>::Floats;
-  using Doubles = typename HalfOf<kLanes<R>>::Doubles;
-  const auto as = __builtin_bit_cast(LaneArray<R, Floats>, a),
-             bs = __builtin_bit_cast(LaneArray<R, Floats>, b),
-             cs = __builtin_bit_cast(LaneArray<R, Floats>, c);
-  LaneArray<R, Floats> smaller;
-  for (int half = 0; half < 2; ++half) {
-    const Doubles x = __builtin_convertvector(as.value[half], Doubles),
-                  y = __builtin_convertvector(bs.value[half], Doubles),
-                  z = __builtin_convertvector(cs.value[half], Doubles);
-    const Doubles root = SqrtOfDoubles<R, Doubles>(y * y - 4.0 * x * z);
-    smaller.value[half] = __builtin_convertvector(z / (-0.5 * (y - root)), Floats);
-  }
-  const R found = __builtin_bit_cast(R, smaller);
+  const R found = JoinedLanes<R>(SmallerRoots<R, 0>(a, b, c), SmallerRoots<R, 1>(a, b, c));
   const R admitted = Select<R>((found >= 0.0f) & (found <= 0.5f), found, Splat<R>(0.5f));
+  if (MaskBits<R>(a == 0.0f) == 0) return admitted + 0.0f;
   return Select<R>(a == 0.0f, (0.0f - c) / b, admitted) + 0.0f;
 }
 
@@ -140,250 +180,6 @@ inline R MultiParentLod(const StepCounts<R>& c, const R& n, const R& r) {
     half = half + n * kLogHalf;
   }
   return at - half;
-}
-
-// What the lanes of one vector work on. Ticks count the iterations of the vector.
-template <class R, size_t kRoom>
-struct MixLanes {
-  float cells[kRoom + 1][kParentKinds][kLanes<R>], counts[kRoom + 1][kLanes<R>],
-      known[kParentKinds][kLanes<R>];
-  float r[kLanes<R>], before[kLanes<R>], a[kLanes<R>], b[kLanes<R>], first[kLanes<R>];
-  float n[kLanes<R>], uniform[kLanes<R>];
-  size_t pair[kLanes<R>];
-  uint32_t start[kLanes<R>];
-  uint32_t tick, oldest, busy;  // no lane began before the oldest tick; a bit a lane
-};
-
-template <class R>
-inline R LoadLanes(const float* from) {
-  R value;
-  std::memcpy(&value, from, sizeof value);
-  return value;
-}
-template <class R>
-inline void StoreLanes(float* to, const R& value) {
-  std::memcpy(to, &value, sizeof value);
-}
-
-// A bit a lane.
-template <class R>
-inline uint32_t MaskBits(const Mask<R>& mask) {
-#if defined(__x86_64__)
-  if constexpr (kLanes<R> == 4) {
-    return static_cast<uint32_t>(_mm_movemask_ps(__builtin_bit_cast(__m128, mask)));
-  } else if constexpr (kLanes<R> == 8) {
-    return static_cast<uint32_t>(_mm256_movemask_ps(__builtin_bit_cast(__m256, mask)));
-  } else if constexpr (kLanes<R> == 16) {
-    return static_cast<uint32_t>(_mm512_movepi32_mask(__builtin_bit_cast(__m512i, mask)));
-  }
-#endif
-  const auto lanes = __builtin_bit_cast(LaneArray<R, int32_t>, mask);
-  uint32_t bits = 0;
-  for (size_t k = 0; k < kLanes<R>; ++k) bits |= static_cast<uint32_t>(lanes.value[k] < 0) << k;
-  return bits;
-}
-
-inline constexpr float kSettled = 1e-6f;  // change of the estimate, distance of a class from uniform
-inline constexpr uint32_t kMostIterations = 1000;
-inline constexpr size_t kOpenRoom = kMostMixes / 2;  // a mix has two cells or more
-
-// One iteration of every lane; a bit for every lane that may be at its end. The expected count of a kind is
-// what is known of it and its frequency times the sum of cells x count / frequency over the classes.
-template <class R, int32_t kPopulation, size_t kRoom>
-inline uint32_t IterateLanes(MixLanes<R, kRoom>& lanes, size_t mixes) {
-  const R r = LoadLanes<R>(lanes.r);
-  R frequency[kParentKinds] = {};
-  KindFrequencies<R, kPopulation>(r, frequency);
-  R first = frequency[0], same{}, sister{}, half{};
-  const size_t count = kRoom < kOpenRoom ? kRoom : mixes;
-#pragma GCC unroll 4
-  for (size_t m = 0; m < count; ++m) {
-    const R cells[kParentKinds] = {LoadLanes<R>(lanes.cells[m][0]), LoadLanes<R>(lanes.cells[m][1]),
-                                   LoadLanes<R>(lanes.cells[m][2]), LoadLanes<R>(lanes.cells[m][3])};
-    const R sum = ClassFrequency<R, kPopulation>(cells, frequency);
-    if (m == 0) first = sum;
-    const R weight = LoadLanes<R>(lanes.counts[m]) / sum;
-    same = same + cells[0] * weight;
-    if constexpr (Needed(kPopulation, 1)) sister = sister + cells[1] * weight;
-    if constexpr (Needed(kPopulation, 2)) half = half + cells[2] * weight;
-  }
-  R expected[kParentKinds] = {};
-  expected[0] = LoadLanes<R>(lanes.known[0]) + frequency[0] * same;
-  if constexpr (Needed(kPopulation, 1)) expected[1] = LoadLanes<R>(lanes.known[1]) + frequency[1] * sister;
-  if constexpr (Needed(kPopulation, 2)) expected[2] = LoadLanes<R>(lanes.known[2]) + frequency[2] * half;
-  const R n = LoadLanes<R>(lanes.n);
-  const StepCounts<R> c = CountsOf<R, kPopulation>(expected, n);
-  const R next = NextRec<R, kPopulation>(c, n);
-  StoreLanes<R>(lanes.before, r);
-  StoreLanes<R>(lanes.r, next);
-  StoreLanes<R>(lanes.a, c.a);
-  StoreLanes<R>(lanes.b, c.b);
-  StoreLanes<R>(lanes.first, first);
-  const R change = Abs<R>(next - r), away = Abs<R>(first - LoadLanes<R>(lanes.uniform));
-  ++lanes.tick;
-  return MaskBits<R>(Not<R>(Select<R>(away < change, away, change) > kSettled));
-}
-
-// The lanes whose classes are all as frequent as each other at the estimate before the last iteration.
-template <class R, int32_t kPopulation, size_t kRoom>
-inline uint32_t AlikeLanes(const MultiParentLaneJob& job, const MixLanes<R, kRoom>& lanes) {
-  const R uniform = LoadLanes<R>(lanes.uniform);
-  R frequency[kParentKinds];
-  KindFrequencies<R, kPopulation>(LoadLanes<R>(lanes.before), frequency);
-  constexpr bool kOccurs[kParentKinds] = {Occurs(kPopulation, 0), Occurs(kPopulation, 1),
-                                          Occurs(kPopulation, 2), Occurs(kPopulation, 3)};
-  uint32_t alike = lanes.busy;
-  for (size_t k = 0; k < kParentKinds; ++k) {
-    if (!kOccurs[k]) continue;
-    uint32_t without = 0;
-    for (size_t lane = 0; lane < kLanes<R>; ++lane) {
-      without |= static_cast<uint32_t>((job.pairs[lanes.pair[lane]].single >> k & 1) == 0) << lane;
-    }
-    alike &= without | MaskBits<R>(Abs<R>(frequency[k] - uniform) <= kSettled);
-  }
-  for (size_t m = 0; m < job.mixes; ++m) {
-    R cells[kParentKinds];
-    for (size_t k = 0; k < kParentKinds; ++k) cells[k] = LoadLanes<R>(lanes.cells[m][k]);
-    const R sum = ClassFrequency<R, kPopulation>(cells, frequency);
-    alike &= MaskBits<R>(Abs<R>(sum - uniform) <= kSettled);
-  }
-  return alike;
-}
-
-// Pairs that have settled and wait for LOD, limits and distance.
-template <class R>
-struct SettledPairs {
-  float r[kLanes<R>], n[kLanes<R>], a[kLanes<R>], b[kLanes<R>];
-  size_t place[kLanes<R>], count;
-};
-
-template <class R, int32_t kPopulation>
-inline void GiveAnswers(const MultiParentLaneJob& job, SettledPairs<R>& settled) {
-  const R r = LoadLanes<R>(settled.r), n = LoadLanes<R>(settled.n);
-  R lod = MultiParentLod<R, kPopulation>({LoadLanes<R>(settled.a), LoadLanes<R>(settled.b)}, n, r);
-  lod = Select<R>(lod < 0.0f, R{}, lod);
-  R rec = Select<R>(r < 0.0f, R{}, Select<R>(r > 0.5f, Splat<R>(0.5f), r));
-  if constexpr (kPopulation == k4PRIL) rec = rec / ((1.0f - rec) * 2.0f);
-  const R distance = DistanceOf<R>(job.mappingFunction, rec);
-  const auto recs = __builtin_bit_cast(LaneArray<R, float>, rec),
-             lods = __builtin_bit_cast(LaneArray<R, float>, lod),
-             distances = __builtin_bit_cast(LaneArray<R, float>, distance);
-  for (size_t k = 0; k < settled.count; ++k) {
-    job.rec[settled.place[k]] = recs.value[k];
-    job.lod[settled.place[k]] = lods.value[k];
-    job.distance[settled.place[k]] = distances.value[k];
-  }
-  settled.count = 0;
-}
-
-template <class R, size_t kRoom>
-inline void TakePair(const MultiParentLaneJob& job, size_t pair, size_t lane, MixLanes<R, kRoom>& lanes) {
-  const MultiParentPair& from = job.pairs[pair];
-  const Mix* mix = job.mix + pair * job.mixes;
-  for (size_t m = 0; m < job.mixes; ++m) {
-    for (size_t k = 0; k < kParentKinds; ++k) lanes.cells[m][k][lane] = mix[m].cells[k];
-    lanes.counts[m][lane] = mix[m].count;
-  }
-  for (size_t k = 0; k < kParentKinds; ++k) lanes.known[k][lane] = from.known[k];
-  lanes.n[lane] = from.lines;
-  lanes.uniform[lane] = from.uniform;
-  lanes.r[lane] = 0.25f;
-  lanes.pair[lane] = pair;
-  lanes.start[lane] = lanes.tick;
-  lanes.busy |= 1U << lane;
-}
-
-// Lanes that are at their end give their answer and take the next pairs; flagged: those that may be.
-template <class R, int32_t kPopulation, size_t kRoom>
-inline void EndLanes(const MultiParentLaneJob& job, uint32_t flagged, MixLanes<R, kRoom>& lanes, size_t& next,
-                     SettledPairs<R>& settled) {
-  uint32_t overdue = 0;
-  if (lanes.tick - lanes.oldest > kMostIterations) {
-    lanes.oldest = lanes.tick;
-    for (size_t lane = 0; lane < kLanes<R>; ++lane) {
-      if ((lanes.busy >> lane & 1) == 0) continue;
-      if (lanes.tick - lanes.start[lane] > kMostIterations) {
-        overdue |= 1U << lane;
-      } else if (lanes.start[lane] - lanes.oldest > lanes.tick - lanes.oldest) {
-        lanes.oldest = lanes.start[lane];
-      }
-    }
-  }
-  const R away = Abs<R>(LoadLanes<R>(lanes.first) - LoadLanes<R>(lanes.uniform));
-  uint32_t alike = MaskBits<R>(away <= kSettled) & lanes.busy;
-  if (alike != 0) alike &= AlikeLanes<R, kPopulation>(job, lanes);
-  for (uint32_t left = (flagged | overdue) & lanes.busy; left != 0; left &= left - 1) {
-    const auto lane = static_cast<size_t>(__builtin_ctz(left));
-    const bool given = ((alike | overdue) >> lane & 1) != 0;
-    if (!given) {
-      if (__builtin_fabsf(lanes.r[lane] - lanes.before[lane]) > kSettled) continue;
-      const size_t k = settled.count++;
-      settled.r[k] = lanes.r[lane];
-      settled.n[k] = lanes.n[lane];
-      settled.a[k] = lanes.a[lane];
-      settled.b[k] = lanes.b[lane];
-      settled.place[k] = job.pairs[lanes.pair[lane]].place;
-      if (settled.count == kLanes<R>) GiveAnswers<R, kPopulation>(job, settled);
-    }
-    lanes.busy &= ~(1U << lane);
-    if (next < job.count) TakePair(job, next++, lane, lanes);
-  }
-}
-
-template <class R, int32_t kPopulation, size_t kRoom>
-inline void EstimateWith(const MultiParentLaneJob& job) {
-  constexpr size_t kVectors = 4;
-  MixLanes<R, kRoom> lanes[kVectors] = {};
-  SettledPairs<R> settled = {};
-  size_t next = 0;
-  for (auto& some : lanes) {
-    for (size_t lane = 0; lane < kLanes<R> && next < job.count; ++lane) TakePair(job, next++, lane, some);
-  }
-  for (uint32_t busy = 1; busy != 0;) {
-    busy = 0;
-    uint32_t flagged[kVectors];
-    for (size_t v = 0; v < kVectors; ++v) flagged[v] = IterateLanes<R, kPopulation>(lanes[v], job.mixes);
-    for (size_t v = 0; v < kVectors; ++v) {
-      auto& some = lanes[v];
-      if ((flagged[v] & some.busy) != 0 || some.tick - some.oldest > kMostIterations) {
-        EndLanes<R, kPopulation>(job, flagged[v], some, next, settled);
-      }
-      busy |= some.busy;
-    }
-  }
-  GiveAnswers<R, kPopulation>(job, settled);
-}
-
-template <class R, int32_t kPopulation>
-inline void EstimateOf(const MultiParentLaneJob& job) {
-  switch (job.mixes) {
-    case 0:
-      return EstimateWith<R, kPopulation, 0>(job);
-    case 1:
-      return EstimateWith<R, kPopulation, 1>(job);
-    case 2:
-      return EstimateWith<R, kPopulation, 2>(job);
-    case 3:
-      return EstimateWith<R, kPopulation, 3>(job);
-    case 4:
-      return EstimateWith<R, kPopulation, 4>(job);
-    default:
-      return EstimateWith<R, kPopulation, kOpenRoom>(job);
-  }
-}
-
-template <class R>
-void EstimateMultiParent(const MultiParentLaneJob& job) {
-  switch (job.population) {
-    case k4PDH:
-      return EstimateOf<R, k4PDH>(job);
-    case k4PRIL:
-      return EstimateOf<R, k4PRIL>(job);
-    case k8PDH:
-      return EstimateOf<R, k8PDH>(job);
-    default:
-      return EstimateOf<R, k8PRIL>(job);
-  }
 }
 
 }  // namespace recombination

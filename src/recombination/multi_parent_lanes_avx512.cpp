@@ -4,7 +4,7 @@
 #if defined(__x86_64__)
 #include "recombination/avx512_begin.h"
 // In these instructions:
-#include "recombination/multi_parent_estimator.h"
+#include "recombination/multi_parent_iteration.h"
 
 namespace recombination {
 

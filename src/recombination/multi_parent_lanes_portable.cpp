@@ -9,7 +9,7 @@
 #endif
 
 #include "recombination/map_functions.h"
-#include "recombination/multi_parent_estimator.h"
+#include "recombination/multi_parent_iteration.h"
 #include "recombination/multi_parent_lanes.h"
 #include "stats/roots.h"
 

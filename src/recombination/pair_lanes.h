@@ -3,9 +3,15 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "recombination/pair_tables.h"
+
 namespace recombination {
 
 inline constexpr size_t kMostLanes = 16;
+
+// Which linkage phase is asked for. Of populations of two classes each one can be had by itself: frequency and LOD
+// are those of the phase's own table then, the distance that of the frequency which the pair would get.
+enum class Phases : int32_t { Better, Coupling, Repulsion };
 
 // Many tables of one population and one pair code that it knows, at once.
 struct LaneJob {
@@ -16,6 +22,7 @@ struct LaneJob {
   float* rec;
   float* lod;       // not below 0
   float* distance;  // centimorgans
+  Phases phases = Phases::Better;
 };
 
 // One routine an instruction set, the same results from each. Empty tables get 0.5, 0 and 1000.
@@ -24,5 +31,8 @@ void EstimatePortable(const LaneJob& job);
 void EstimateAvx2(const LaneJob& job);
 void EstimateAvx512(const LaneJob& job);
 #endif
+
+// By the routine of a level.
+void EstimateLanes(Level level, const LaneJob& job);
 
 }  // namespace recombination

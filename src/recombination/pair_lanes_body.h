@@ -36,7 +36,8 @@ inline void EstimateAll(const LaneJob& job, F estimate) {
     lod = Select<R>(seen & Not<R>(lod < 0.0f), lod, R{});
     Store<R>(job.rec + at, rec);
     Store<R>(job.lod + at, lod);
-    Store<R>(job.distance + at, DistanceOf<R>(job.mappingFunction, rec));
+    const R shown = job.phases == Phases::Repulsion ? 1.0f - rec : rec;
+    Store<R>(job.distance + at, DistanceOf<R>(job.mappingFunction, shown));
   }
 }
 
@@ -49,7 +50,8 @@ void Estimate(const LaneJob& job) {
   });
   if (selfing) return;
   EstimateAll<R>(job, [&job](const R* table, const R& n, R& rec, R& lod) {
-    TwoClassBothPhases<R>(job.population, table, n, rec, lod);
+    if (job.phases == Phases::Better) return TwoClassBothPhases<R>(job.population, table, n, rec, lod);
+    TwoClassOnePhase<R>(job.population, job.phases == Phases::Repulsion, table, n, rec, lod);
   });
 }
 

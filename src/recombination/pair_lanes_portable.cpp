@@ -15,4 +15,17 @@ namespace recombination {
 
 void EstimatePortable(const LaneJob& job) { Estimate<Float4>(job); }
 
+void EstimateLanes(Level level, const LaneJob& job) {
+  switch (level) {
+#if defined(__x86_64__)
+    case Level::Avx512:
+      return EstimateAvx512(job);
+    case Level::Avx2:
+      return EstimateAvx2(job);
+#endif
+    default:
+      return EstimatePortable(job);
+  }
+}
+
 }  // namespace recombination

@@ -12,21 +12,25 @@
 #include "recombination/pair_lanes.h"
 #include "recombination/population_table.h"
 #include "recombination/remembered.h"
+#include "recombination/remembered_phases.h"
 #include "recombination/two_class_models.h"
 #include "recombination/two_point.h"
 
 namespace recombination {
 namespace {
 
-constexpr size_t kRun = 512;  // pairs of one row taken together; a multiple of kCountLanes and kMostLanes
+// Pairs of one row taken together; a multiple of kCountLanes and kMostLanes.
+constexpr size_t kRun = kMostPhasePairs;
 constexpr size_t kMostDirect = size_t{1} << 20;  // entries of 16 bytes
-constexpr int32_t kMostKeyed = 65535;            // lines whose counts fit 16 bits of a key
+constexpr int64_t kPairsPerLine = 1000;  // with fewer pairs the tables of unequal classes recur too seldom
+constexpr int32_t kMostKeyed = 65535;    // lines whose counts fit 16 bits of a key
 
 // How the tables of one pair code come to their estimates.
 enum class Route {
-  Direct,    // two counts decide: an array over them
-  Keyed,     // F2 and F3, nothing missing: four counts decide, few tables occur, and they are remembered
-  Lanes,     // most tables differ: each estimated, many at once
+  Direct,  // two counts decide: an array over them
+  Phases,  // two classes of unequal frequency: three counts decide each phase, and those of neighbours recur
+  Keyed,   // F2 and F3, nothing missing: four counts decide, few tables occur, and they are remembered
+  Lanes,   // most tables differ: each estimated, many at once
   OneByOne,  // what the estimators leave as it was
 };
 
@@ -52,23 +56,11 @@ struct Loop {
   std::vector<PlaneStore> stores;
   std::vector<Known> direct;
   RememberedTables remembered;
+  RememberedPhases phases;
   Run run;
 };
 
 size_t RoundUp(size_t count) { return (count + kMostLanes - 1) / kMostLanes * kMostLanes; }
-
-void EstimateLanes(Level level, const LaneJob& job) {
-  switch (level) {
-#if defined(__x86_64__)
-    case Level::Avx512:
-      return EstimateAvx512(job);
-    case Level::Avx2:
-      return EstimateAvx2(job);
-#endif
-    default:
-      return EstimatePortable(job);
-  }
-}
 
 // Whether all letters of a store belong to the two classes of the population.
 bool OnlyTwoClasses(const PopulationRow& row, const PlaneStore& store) {
@@ -85,8 +77,9 @@ Route RouteOf(const Loop& loop, const PlaneStore& i, const PlaneStore& j, int32_
     return few && code == 11 && Symmetric(population) ? Route::Keyed : Route::Lanes;
   }
   const PopulationRow& row = Population(population);
-  const bool direct = !loop.direct.empty() && OnlyTwoClasses(row, i) && OnlyTwoClasses(row, j);
-  return direct ? Route::Direct : Route::Lanes;
+  if (!OnlyTwoClasses(row, i) || !OnlyTwoClasses(row, j)) return Route::Lanes;
+  if (!loop.direct.empty()) return Route::Direct;
+  return loop.phases.coupling.empty() ? Route::Lanes : Route::Phases;
 }
 
 // The 3 by 3 counts of marker i's words with a run of the store, planes of H as given, transposed if asked
@@ -247,6 +240,11 @@ void Resolve(Loop& loop, Route route, int32_t code) {
   switch (route) {
     case Route::Direct:
       return ResolveDirect(loop, code);
+    case Route::Phases:
+      return ResolvePhases(
+          loop.phases, {loop.level, loop.data.population, loop.data.mappingFunction, loop.run.cells[0].data(),
+                        loop.run.count, loop.run.rec.data(), loop.run.lod.data(), loop.run.crossovers.data(),
+                        loop.run.distance.data()});
     case Route::Keyed:
       return ResolveKeyed(loop, code);
     case Route::Lanes:
@@ -294,7 +292,7 @@ void OneRun(Loop& loop, int32_t i, const PlaneStore& rowStore, const std::vector
     }
   }
   Resolve(loop, route, code);
-  if (route != Route::Direct) {
+  if (route != Route::Direct && route != Route::Phases) {
     const bool reduced = rowStore.reduced || store.reduced;
     if (reduced) {
       CountTables(loop, rowStore, rowWords, store, from, to, {kA, kHet, kB}, false, run.letters);
@@ -334,16 +332,26 @@ std::vector<std::array<size_t, 2>> PlacesOfMarkers(const Loop& loop) {
   return places;
 }
 
+// What is remembered of populations of two classes, where it pays.
+void OpenRemembered(Loop& loop) {
+  const Genotypes& data = loop.data;
+  if (!KnownPopulation(data.population) || SelfingPopulation(data.population)) return;
+  const auto size = static_cast<size_t>(std::max(data.populationSize, 0));
+  if (Population(data.population).share == 0.5f) {
+    const size_t entries = (size + 1) * (size + 2) / 2;
+    if (entries <= kMostDirect) loop.direct.assign(entries, Known{0.5f, 0, -1, 0});
+  } else if (data.populationSize <= kMostPhaseLines &&
+             PairCount(data.numMarkers) >= kPairsPerLine * data.populationSize) {
+    OpenPhases(loop.phases);
+  }
+}
+
 }  // namespace
 
 void ComputePairTables(const Genotypes& data, const PairResults& results, Level level) {
   if (data.numMarkers < 2) return;
-  const auto loop = std::make_unique<Loop>(Loop{data, results, level, MakePlanes(data), {}, {}, {}});
-  if (KnownPopulation(data.population) && Population(data.population).share == 0.5f) {
-    const auto size = static_cast<size_t>(std::max(data.populationSize, 0));
-    const size_t entries = (size + 1) * (size + 2) / 2;
-    if (entries <= kMostDirect) loop->direct.assign(entries, Known{0.5f, 0, -1, 0});
-  }
+  const auto loop = std::make_unique<Loop>(Loop{data, results, level, MakePlanes(data), {}, {}, {}, {}});
+  OpenRemembered(*loop);
   const auto places = PlacesOfMarkers(*loop);
   for (const PlaneStore& store : loop->stores) StoreRuns(*loop, store, places);
 }

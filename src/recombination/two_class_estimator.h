@@ -97,6 +97,17 @@ inline R TwoClassLod(int32_t population, const R* table, const R& r) {
   return sum - atHalf;
 }
 
+// One phase by itself.
+template <class R>
+inline void TwoClassOnePhase(int32_t population, bool repulsion, const R* table, const R& n, R& rec, R& lod) {
+  const PopulationRow& row = Population(population);
+  const auto from = TwoClassFlip(row);
+  R own[9];
+  for (size_t k = 0; k < 9; ++k) own[k] = table[repulsion ? from[k] : k];
+  rec = TwoClassRec<R>(row, own, n);
+  lod = TwoClassLod<R>(population, own, rec);
+}
+
 // The better phase of lanes with observations, without its standard error.
 template <class R>
 inline void TwoClassBothPhases(int32_t population, const R* table, const R& n, R& rec, R& lod) {

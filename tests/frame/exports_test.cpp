@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "platform/unit.h"
 #include "project/store.h"
+#include "recombination/pair_tables.h"
 #include "tests/support/scratch.h"
 #include "tests/support/untouched.h"
 
@@ -200,6 +202,24 @@ TEST(CheckErrorMap, HandsOutWhatWasRead) {
   EXPECT_EQ(o.distance[0], 0.0F);
   EXPECT_EQ(o.rec[3], kUntouchedReal) << "three pairs";
   EXPECT_FALSE(platform::IsConnected(100));
+}
+
+TEST(CheckErrorMap, EveryArgumentHasItsOwnArray) {
+  const ScratchFolder folder;
+  WriteFile("f2.map",
+            "7\n2\n1\n2\n14\nM1 A A A A H H H B B X X X X X\nM2 A A H A H H B B H A X X X B\nM1 0\nM2 0\n");
+  const Outcome o = CheckMap("f2.map", 2);
+  EXPECT_EQ((std::vector<int32_t>{o.countA[0], o.countH[0], o.countB[0], o.countX[0]}),
+            (std::vector<int32_t>{4, 3, 2, 5}));
+  EXPECT_NEAR(o.chi[0], 17.0F / 9, 1e-5F);
+  EXPECT_NEAR(o.p[0], 0.3889F, 1e-4F);
+  const int32_t category[] = {1, 1};
+  float rec = 0, lod = 0, crossovers = 0, distance = 0;
+  recombination::ComputePairTables({7, 2, 14, 2, category, "AAAAHHHBBXXXXXAAHAHHBBHAXXXB"},
+                                   {&rec, &lod, &crossovers, &distance});
+  const std::vector<float> expected = {rec, lod, crossovers, distance};
+  EXPECT_EQ((std::vector<float>{o.rec[0], o.lod[0], o.crossovers[0], o.distance[0]}), expected);
+  EXPECT_EQ(std::set<float>(expected.begin(), expected.end()).size(), 4U) << "no two alike";
 }
 
 TEST(CheckErrorMap, TouchesNothingOnFailure) {

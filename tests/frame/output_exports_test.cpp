@@ -73,7 +73,7 @@ TEST(PlmOutput, EveryArgumentReachesItsFile) {
 
 TEST(ToolAnova, TellsTheLogTheConsoleAndTheCaller) {
   const support::ScratchFolder folder;
-  const int32_t columns = 4, classes = 3;
+  const int32_t columns = 4, classes = 5;
   const auto call = [&](const std::string& name, int32_t rows) {
     const auto length = static_cast<int32_t>(name.size());
     int32_t status = 7;
@@ -84,6 +84,9 @@ TEST(ToolAnova, TellsTheLogTheConsoleAndTheCaller) {
   };
   support::WriteFile("t.txt", "e g b y\nE A 1 1\nE B 1 2\nE A 2 4\nE B 2 9\n");
   EXPECT_EQ(call("t.txt  ", 4), "0 t.txt runs successfully!\n|t.txt runs successfully!\n");
+  const std::string frequencies = ReadFile("t.frq");
+  const std::size_t second = frequencies.find('\n') + 1;
+  EXPECT_EQ(frequencies.find('\n', second) - second, 80U + 12U * 5U) << "five classes";
   EXPECT_EQ(
       call("t.txt", 5),
       "100 --Error found. Please check AVOVA.log for details!\n|--Input error: can't read the    5th row!\n"

@@ -12,6 +12,7 @@
 #include "recombination/map_functions.h"
 #include "stats/distributions.h"
 #include "stats/generator.h"
+#include "tests/recombination/clonal_compare.h"
 #include "tests/reference/clonal_em.h"
 #include "tests/reference/clonal_plain.h"
 #include "tests/reference/multi_parent_simulated.h"
@@ -20,40 +21,8 @@ namespace {
 
 using namespace recombination;
 
-struct Tables {
-  explicit Tables(int32_t n) : phase(static_cast<size_t>(n) * static_cast<size_t>(n), 9) {
-    real.fill(std::vector<float>(phase.size(), -3));
-  }
-  ClonalPairResults Places() {
-    return {{real[0].data(), real[1].data(), real[2].data()},
-            {real[3].data(), real[4].data(), real[5].data()},
-            {real[6].data(), real[7].data(), real[8].data()},
-            phase.data()};
-  }
-  std::array<std::vector<float>, 9> real;
-  std::vector<int32_t> phase;
-};
-
-void ExpectSameOnEveryLevel(const Genotypes& data, const std::string& what) {
-  const stats::GeneratorState before = stats::SaveGenerator();
-  Tables plain(data.numMarkers);
-  reference::ClonalPairsPlain(data, plain.Places());
-  const float nextDraw = stats::UniformDraw();
-  for (int32_t level = 0; level <= static_cast<int32_t>(BestLevel()); ++level) {
-    stats::RestoreGenerator(before);
-    Tables fast(data.numMarkers);
-    ComputeClonalPairs(data, fast.Places(), static_cast<Level>(level));
-    EXPECT_EQ(stats::UniformDraw(), nextDraw) << what << ": as many draws";
-    EXPECT_EQ(plain.phase, fast.phase) << what;
-    for (size_t k = 0; k < 9; ++k) {
-      for (size_t p = 0; p < plain.phase.size(); ++p) {
-        const float x = plain.real[k][p], y = fast.real[k][p];
-        ASSERT_TRUE(x == y || (std::isnan(x) && std::isnan(y)))
-            << what << " array " << k << " pair " << p << " level " << level << ": " << x << ' ' << y;
-      }
-    }
-  }
-}
+using tests::ExpectSameOnEveryLevel;
+using tests::Tables;
 
 TEST(ClonalPairs, EqualThePlainLoop) {
   uint32_t seed = 0;
@@ -144,6 +113,8 @@ TEST(ClonalPairs, TableOfCases) {
       {"what is not a number is 0 with category 5", 2, 1, 5, "BC", "JJ", kNan, kNan, 0, 0, 0, 1.8062f, 1},
       {"AB=CD twice, all double heterozygous: a tie at 0.5", 1, 4, 4, "JJJJ", "JJJJ", 0.5f, 0.5f, 0.5f, 0, 0,
        0, 1},
+      {"AB=CD twice, a tie elsewhere goes to coupling", 1, 4, 4, "IIIIIIIIIIIIIIIIII", "IIIIIIIKJJJJJJJJJJ",
+       1.0f / 3, 1.0f / 3, 1.0f / 3, 0.8854f, 0.8854f, 0.8854f, 1},
       {"A=D,B=C twice: equal terms", 2, 5, 5, "IIIKKKIKJJ", "IIIKKKKIJJ", 0.5f, 0.5f, 0.5f, 0, 0, 0, 1},
   };
   for (const PairCase& c : cases) {
@@ -230,6 +201,7 @@ TEST(ClonalPairs, RunsThatDoNotSettle) {
        0.5f},
       {"below 0 is 0", 4, 4, "IK", "IK", 0, 0, 0},
       {"1 with 4, below 0", 1, 4, "BBBBBABBB", "JJJJJKKKK", 1, 0.25f, 0},
+      {"1 with 4, a first step above 1 stays there", 1, 4, "ABBBBBBB", "IIJJJJJK", 1.0f / 3, 1.0f / 3, 0.5f},
       {"1 with 4, above 1", 1, 4, "ABBBBBBBBAAAAAAABBB", "JJJJJJJJJKKKKKKKKKK", 1, 0.7f, 0.5f},
   };
   for (const auto& c : cases) {

@@ -8,6 +8,7 @@
 #include <limits>
 #include <numeric>
 #include <random>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -37,6 +38,70 @@ TEST(Sorts, SortsAndCarriesThePermutation) {
         ASSERT_EQ(sorted[i], keys[static_cast<std::size_t>(order[i]) - 1]);
         ASSERT_EQ(sortedReals[i], static_cast<float>(sorted[i]));
       }
+    }
+  }
+}
+
+// The method step by step, on places from 1.
+struct PlainSort {
+  std::vector<std::int32_t> keys, order;
+  void Exchange(std::size_t one, std::size_t other) {
+    std::swap(keys[one], keys[other]);
+    std::swap(order[one], order[other]);
+  }
+  void ExchangeIfAbove(std::size_t one, std::size_t other) {
+    if (keys[one] > keys[other]) Exchange(one, other);
+  }
+};
+std::vector<std::int32_t> PlainOrder(const std::vector<std::int32_t>& input) {
+  PlainSort s{{0}, Numbers(input.size() + 1)};
+  s.keys.insert(s.keys.end(), input.begin(), input.end());
+  s.order.insert(s.order.begin(), 0);
+  std::vector<std::pair<std::size_t, std::size_t>> waiting = {{1, input.size()}};
+  float r = 0.375F;
+  while (!waiting.empty()) {
+    const auto [i, j] = waiting.back();
+    waiting.pop_back();
+    if (i != 1 && j - i < 11) {
+      for (std::size_t m = i + 1; m <= j; ++m) {
+        for (std::size_t k = m; s.keys[k - 1] > s.keys[k]; --k) s.Exchange(k - 1, k);
+      }
+      continue;
+    }
+    if (i == j) continue;
+    r += r <= 0.5898437F ? 0.0390625F : -0.21875F;
+    const std::size_t t = i + static_cast<std::size_t>(static_cast<float>(j - i) * r);
+    s.ExchangeIfAbove(i, t);
+    if (s.keys[t] > s.keys[j]) {
+      s.Exchange(t, j);
+      s.ExchangeIfAbove(i, t);
+    }
+    const std::int32_t pivot = s.keys[t];
+    std::size_t k = i, l = j;
+    for (;;) {
+      while (s.keys[--l] > pivot) continue;
+      while (s.keys[++k] < pivot) continue;
+      if (k > l) break;
+      if (s.keys[k] != s.keys[l]) s.Exchange(k, l);
+    }
+    waiting.emplace_back(i, l);
+    waiting.emplace_back(k, j);
+    if (l - i <= j - k) std::swap(waiting.back(), waiting[waiting.size() - 2]);  // the larger part waits
+  }
+  s.order.erase(s.order.begin());
+  s.order.resize(input.size());
+  return s.order;
+}
+
+TEST(Sorts, EqualKeysComeOutAsThePlainTranscriptionLeavesThem) {
+  std::mt19937 random(12);
+  for (std::int32_t n = 1; n <= 400; n += n < 60 ? 1 : 17) {
+    for (const std::uint32_t values : {1U, 2U, 3U, 9U, 100U}) {
+      std::vector<std::int32_t> keys(static_cast<std::size_t>(n));
+      for (std::int32_t& key : keys) key = static_cast<std::int32_t>(random() % values);
+      auto order = Numbers(keys.size()), sorted = keys;
+      stats::SVIGP(n, keys.data(), sorted.data(), order.data());
+      ASSERT_EQ(order, PlainOrder(keys)) << testing::PrintToString(keys);
     }
   }
 }

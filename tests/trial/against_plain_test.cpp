@@ -28,6 +28,10 @@ constexpr Kind kKinds[] = {
     {"skipped environments", 6, 6, 3, 3, 0, 10, 10, 40, 1.0F},
     {"blocks at random", 4, 5, 6, 2, 80, 30, 0, 20, 1.0F},
     {"more environments than genotypes", 12, 3, 2, 4, 0, 5, 5, 20, 1.0F},
+    {"one genotype", 3, 1, 3, 2, 40, 10, 0, 20, 1.0F},
+    {"one block", 3, 4, 1, 2, 60, 10, 0, 20, 1.0F},
+    {"one genotype in one block", 3, 1, 1, 2, 20, 10, 0, 0, 1.0F},
+    {"one cell", 1, 1, 1, 2, 8, 10, 0, 0, 1.0F},
     {"huge values", 3, 5, 3, 2, 0, 10, 0, 0, 1e19F},
     {"tiny values", 3, 5, 3, 2, 0, 10, 0, 0, 1e-25F},
 };

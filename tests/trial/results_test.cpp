@@ -235,6 +235,17 @@ TEST(Biplots, RebuildTheCellMeans) {
   }
 }
 
+// Grand mean and effects are all -9999 or 9999; so is the interaction of A in E, which therefore counts for
+// nothing.
+TEST(Biplots, AnEffectOfTheMarkForMissingIsLeftOut) {
+  const ScratchFolder folder;
+  ASSERT_EQ(Analyse("e g b y\nE A 1 -39996\nE B 1 0\nF A 1 0\nF B 1 0\n", 4, 4), "good");
+  for (const char* model : {"y GGE A", "y AMMI A"}) {
+    const std::string record = One("t.pcp", model);
+    EXPECT_TRUE(record.starts_with(model + std::string(" -29997.0000 0.0000 "))) << record;
+  }
+}
+
 TEST(Results, RecordsOfAnyLengthAreWrittenWhole) {
   const ScratchFolder folder;
   std::string text = "e g b y\n";
