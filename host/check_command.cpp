@@ -39,8 +39,9 @@ const ModuleRow& ModuleFor(const std::filesystem::path& path, const std::string&
                                             std::string(row->code) + " (" + std::string(row->kind) + ")" +
                                             known};
   }
-  throw Failure{ExitCode::InputWrong, path.string() + ": the extension \"" + path.extension().string() +
-                                          "\" names no Module" + known + "; --module names one"};
+  throw Failure{ExitCode::InputWrong,
+                path.string() + ": the extension \"" + path.extension().string() + "\" names no Module" +
+                    known + "; --module names one, \"tessarmont import\" makes them of other files"};
 }
 
 void RefuseFile(const InputFile& file, const LoadResult& load, Verdict& verdict) {

@@ -54,6 +54,8 @@ bool AddGroup(const InputFile& file, const std::string& name, bool quiet, Consen
 }
 
 ResultFiles RunFile(const ConsensusOptions& options, ConsensusRun& run) {
+  if (std::filesystem::path(options.file).extension() == ".tsv")
+    throw Failure{ExitCode::UsageWrong, options.file + ": map tables are given with --build"};
   const InputFile file = OpenInput(options.file);
   std::filesystem::path stem = options.stem;
   if (options.stem.empty()) stem = std::filesystem::path(options.file).replace_extension();

@@ -84,7 +84,7 @@ std::string GroupSummary(const ConsensusGroup& group) {
           Counted(static_cast<int64_t>(consensus.maps.size()), "map") + "\n";
   for (std::size_t m = 0; m < consensus.maps.size(); ++m) {
     const OrderAgreement& agreement = group.withConsensus[m];
-    text += "  " + Padded(consensus.maps[m], 20) + RightAligned(std::to_string(agreement.shared), 7) +
+    text += "  " + PaddedColumn(consensus.maps[m], 20) + RightAligned(std::to_string(agreement.shared), 7) +
             " markers, tau " + Tau(agreement) + (agreement.Reversed() ? ", reversed" : "") + "\n";
   }
   for (const MapConflict& conflict : group.conflicts) {

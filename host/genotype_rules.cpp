@@ -137,7 +137,8 @@ std::string BiParentalWhole(uint32_t shown, int64_t population) {
   const std::string_view shows = kPopulations[population - 1].shows;
   if (shows.size() == 2) {
     if ((shown & Letters(shows)) != 0) return {};
-    return "no line has a genotype that says anything in population " + std::to_string(population);
+    return "no line has a genotype that says anything in population " + std::to_string(population) +
+           "; take the marker out";
   }
   const bool fits =
       Within(shown, Letters("AHBX")) || Within(shown, Letters("BDX")) || Within(shown, Letters("ARX"));

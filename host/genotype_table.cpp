@@ -114,6 +114,15 @@ std::vector<std::string> LineNamesIn(const ItemScanner& scanner, std::size_t fro
   return {};
 }
 
+// A genotype of a bi-parental population, whether this one shows it or not.
+bool IsMapGenotype(std::string_view token) {
+  const auto same = [&](std::string_view spelling) { return Key(spelling) == Key(token); };
+  const auto codes = CodesOf(TableKind::Map).first(CodesOf(TableKind::Map).size() - 1);
+  return std::any_of(codes.begin(), codes.end(), same) ||
+         std::any_of(std::begin(kOtherCodes), std::end(kOtherCodes),
+                     [&](const OtherCode& other) { return same(other.token); });
+}
+
 void TakeMarkers(ItemScanner& scanner, std::size_t markers, GenotypeTable& table) {
   const bool categorised = table.kind != TableKind::Map;
   const std::size_t first = categorised ? 2 : 1;
@@ -131,6 +140,7 @@ void TakeMarkers(ItemScanner& scanner, std::size_t markers, GenotypeTable& table
       std::string_view token = std::string_view(words[i].text).substr(0, kTokenLength);
       if (table.kind == TableKind::Plm) token = token.substr(0, 1);
       const uint8_t cell = cells[Key(token)];
+      if (!categorised && cell == MissingCell(table.kind) && IsMapGenotype(token)) ++table.notShown;
       table.cells.push_back(letters.empty() ? cell : CellOf(table.kind, {&letters[cell], 1}));
     }
   }

@@ -24,6 +24,7 @@ struct GenotypeTable {
   std::vector<std::string> categories;  // CDM "A=B", PLM the parents' letters "ABAB"; empty for MAP
   std::vector<int32_t> anchors;         // group by marker, 0 for none
   std::vector<uint8_t> cells;           // a row of `lines` per marker: places in CodesOf(kind)
+  std::size_t notShown = 0;             // MAP: genotypes that are missing since the population has none such
 
   std::span<const uint8_t> Row(std::size_t marker) const {
     return {cells.data() + marker * lines, lines};  // marker from 0

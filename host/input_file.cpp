@@ -104,6 +104,12 @@ InputFile OpenInput(const std::filesystem::path& path) {
   if (const auto kind = ForeignKind(head)) {
     throw Failure{ExitCode::InputWrong, path.string() + " is not a project file: it looks like " + *kind};
   }
+  const std::size_t ends = head.find('\r');
+  if (head.find('\n') == std::string::npos && ends != std::string::npos && ends + 1 < head.size()) {
+    throw Failure{
+        ExitCode::InputWrong,
+        path.string() + ": its lines end in CR alone, as of old spreadsheets; save it with LF or CR LF"};
+  }
   const std::string absolute = std::filesystem::absolute(path).string();
   if (absolute.ends_with(' ')) {
     throw Failure{ExitCode::Other, "the name of " + path.string() +

@@ -201,7 +201,6 @@ LinkageGroup PlaceMarkers(const MapData& data, const std::vector<int32_t>& order
         ++group.gaps;
       } else {
         group.length += place.interval;
-        if (place.rec > 0.5F) ++group.repulsions;
       }
       place.position = static_cast<float>(position);
     }

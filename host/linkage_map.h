@@ -34,9 +34,8 @@ struct LinkageGroup {
   std::string name;
   int32_t anchor = 0;
   std::vector<MapPlace> places;
-  double length = 0;   // centimorgans, without gaps
-  int gaps = 0;        // neighbours that show no linkage
-  int repulsions = 0;  // neighbours with a frequency above 0.5
+  double length = 0;  // centimorgans, without gaps
+  int gaps = 0;       // neighbours that show no linkage
 };
 
 struct LinkageMap {

@@ -55,7 +55,8 @@ TableKind KindOf(const std::filesystem::path& path) {
   const std::string wanted = "; map takes a MAP, CDM or PLM project file (.map, .cdm, .plm)";
   if (row == nullptr) {
     throw Failure{ExitCode::InputWrong, path.string() + ": the extension \"" + path.extension().string() +
-                                            "\" is not known" + wanted};
+                                            "\" is not known" + wanted +
+                                            "; \"tessarmont import\" makes them of other files"};
   }
   if (const auto kind = MarkerKindOf(row->code)) return *kind;
   throw Failure{ExitCode::InputWrong, path.string() + " is a project file of kind " + std::string(row->code) +
@@ -190,8 +191,9 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   WriteResultFiles(results, source.file, run.data, run.map, tables);
   WriteText(results, kMapTable, MapTable(run));
   if (run.cleaning.rules.Any()) WriteText(results, kDropped, DroppedTable(run.cleaning, run.data.names));
-  run.warnings = MapWarnings(run.data, run.map);
   const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
+  run.warnings = PopulationDoubts(run.data, table);
+  for (std::string& warning : MapWarnings(run.data, run.map)) run.warnings.push_back(std::move(warning));
   for (std::string& warning : QualityWarnings(run.data, run.map, table))
     run.warnings.push_back(std::move(warning));
   std::vector<std::string> report = ReportMap(options, table, results, run);

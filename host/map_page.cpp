@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 #include "host/population_catalogue.h"
 #include "host/populations.h"
@@ -21,6 +22,23 @@ int DoseOf(std::string_view code, std::string_view shows) {
   return place == std::string_view::npos ? kNoDose : static_cast<int>(place);
 }
 
+// The library counts D as A and R as B. Here they have shares of their own, between the genotypes they stand
+// for, so that a boundary of theirs meets the one that the population expects.
+constexpr std::string_view kShareCodes[] = {"A", "D", "H", "R", "B"};
+constexpr int32_t kDominant = 12, kRecessive = 10;  // categories of MAP markers
+
+std::vector<double> SharesOf(const MapData& data, const std::vector<double>& shares, int32_t category) {
+  if (data.kind != TableKind::Map) return shares;
+  const double a = shares[0], h = shares[1], b = shares[2];
+  if (category == kDominant) return {0, a, h, 0, b};
+  if (category == kRecessive) return {a, 0, h, b, 0};
+  return {a, 0, h, 0, b};
+}
+
+std::span<const std::string_view> ShareCodes(TableKind kind) {
+  return kind == TableKind::Map ? std::span<const std::string_view>(kShareCodes) : GenotypesOf(kind);
+}
+
 reports::ReportMarker MarkerOf(const MapData& data, int32_t marker) {
   reports::ReportMarker report;
   report.name = data.Name(marker);
@@ -28,9 +46,11 @@ reports::ReportMarker MarkerOf(const MapData& data, int32_t marker) {
   if (data.Tested(marker)) report.p = static_cast<double>(data.SegregationP(marker));
   report.missing = data.MissingShare(marker);
   const double typed = data.populationSize - data.Missing(marker);
+  std::vector<double> shares;
   for (const auto& counts : data.counts) {
-    report.shares.push_back(typed > 0 ? counts[static_cast<std::size_t>(marker - 1)] / typed : 0.0);
+    shares.push_back(typed > 0 ? counts[static_cast<std::size_t>(marker - 1)] / typed : 0.0);
   }
+  report.shares = SharesOf(data, shares, data.Category(marker));
   return report;
 }
 
@@ -53,30 +73,51 @@ reports::ReportGroup GroupOf(const MapData& data, const LinkageGroup& group) {
   return report;
 }
 
+// What the population expects of each code; a code that does not occur leaves its part to the dominance code
+// that stands for it.
+std::vector<double> ExpectedShares(const MapData& data, const std::vector<bool>& seen) {
+  const ExpectedRatio ratio = RatioOf(CatalogueRowOf(data.kind, data.populationType));
+  double parts[] = {static_cast<double>(ratio.a), 0, static_cast<double>(ratio.h), 0,
+                    static_cast<double>(ratio.b)};
+  const double all = parts[0] + parts[2] + parts[4];
+  const auto leave = [&](std::size_t code, std::size_t to) {
+    if (!seen[code] && seen[to]) parts[to] += std::exchange(parts[code], 0.0);
+  };
+  leave(2, seen[1] ? 1 : 3);
+  leave(0, 1);
+  leave(4, 3);
+  std::vector<double> expected;
+  for (std::size_t c = 0; c < seen.size(); ++c) {
+    if (seen[c]) expected.push_back(parts[c] / all);
+  }
+  return expected;
+}
+
 // Codes that occur, so that no empty class is drawn.
 void KeepSeenCodes(const MapData& data, reports::MapReport& report) {
-  const auto codes = GenotypesOf(data.kind);
-  std::vector<std::size_t> seen;
-  for (std::size_t c = 0; c < codes.size(); ++c) {
-    const auto counts = data.counts[c].view();
-    if (std::any_of(counts.begin(), counts.end(), [](int32_t count) { return count > 0; })) seen.push_back(c);
-  }
-  for (const std::size_t c : seen) report.codes.emplace_back(codes[c]);
+  const auto codes = ShareCodes(data.kind);
+  std::vector<bool> seen(codes.size(), false);
+  const auto look = [&](const reports::ReportMarker& marker) {
+    for (std::size_t c = 0; c < seen.size(); ++c) seen[c] = seen[c] || marker.shares[c] > 0;
+  };
   const auto keep = [&](reports::ReportMarker& marker) {
     std::vector<double> shares;
-    shares.reserve(seen.size());
-    for (const std::size_t c : seen) shares.push_back(marker.shares[c]);
+    for (std::size_t c = 0; c < seen.size(); ++c) {
+      if (seen[c]) shares.push_back(marker.shares[c]);
+    }
     marker.shares = std::move(shares);
   };
+  for (const reports::ReportGroup& group : report.groups)
+    std::for_each(group.markers.begin(), group.markers.end(), look);
+  std::for_each(report.unlinked.begin(), report.unlinked.end(), look);
+  for (std::size_t c = 0; c < seen.size(); ++c) {
+    if (seen[c]) report.codes.emplace_back(codes[c]);
+  }
   for (reports::ReportGroup& group : report.groups)
     std::for_each(group.markers.begin(), group.markers.end(), keep);
   std::for_each(report.unlinked.begin(), report.unlinked.end(), keep);
   if (data.kind != TableKind::Map || data.populationType < 1 || data.populationType > 20) return;
-  const ExpectedRatio ratio = RatioOf(CatalogueRowOf(data.kind, data.populationType));
-  const double parts[] = {static_cast<double>(ratio.a), static_cast<double>(ratio.h),
-                          static_cast<double>(ratio.b)};
-  const double all = parts[0] + parts[1] + parts[2];
-  for (const std::size_t c : seen) report.expected.push_back(parts[c] / all);
+  report.expected = ExpectedShares(data, seen);
 }
 
 // Crossovers of one line in one group.

@@ -17,6 +17,10 @@ inline constexpr std::size_t kFewLines = 30;
 std::vector<std::string> QualityWarnings(const MapData& data, const LinkageMap& map,
                                          const GenotypeTable& table);
 
+// What speaks for another population than the one that the file names: genotypes that it cannot have, above one in
+// ten, or distorted segregation (p < 0.01) at most of ten markers or more.
+std::vector<std::string> PopulationDoubts(const MapData& data, const GenotypeTable& table);
+
 // The sum of the distances between neighbours over that between markers two apart, 1 for places without errors; of
 // the inner places, and 0 for a group with fewer than ten or with gaps.
 double Inflation(const MapData& data, const LinkageGroup& group);

@@ -12,7 +12,10 @@ namespace host {
 namespace {
 
 constexpr float kDistorted = 0.01F;
-constexpr int32_t kEightParentLines = 4;    // population type 8PRIL
+constexpr int32_t kEightParentLines = 4;  // population type 8PRIL
+// A lower LOD does not tell repulsion from chance in two markers that stand side by side.
+constexpr float kTellingLod = 2;
+constexpr std::size_t kPairsNamed = 5;
 constexpr std::size_t kUnlinkedShown = 20;  // names in the summary; the table has them all
 
 // Columns of the table by the kind of file, behind group and marker.
@@ -100,7 +103,7 @@ std::string GroupTable(const MapRun& run) {
   std::string text = Padded("group", width) + " markers        cM";
   text += clonal ? "  female    male  first and last marker\n" : "  first and last marker\n";
   for (const LinkageGroup& group : run.map.groups) {
-    text += Padded(group.name, width) + RightAligned(std::to_string(group.places.size()), 8) +
+    text += PaddedColumn(group.name, width) + RightAligned(std::to_string(group.places.size()), 8) +
             RightAligned(Fixed(group.length, 1), 10);
     for (std::size_t parent = 0; clonal && parent < 2; ++parent) {
       text += RightAligned(Fixed(ParentLength(group, parent), 1), 8);
@@ -121,7 +124,10 @@ std::string InputText(const MapRun& run) {
                      std::to_string(data.populationType) + " (" +
                      std::string(PopulationWords(data.kind, data.populationType)) + "), " +
                      std::string(MapFunctionName(data.mappingFunction)) + " distances\n";
-  if (run.cleaning.rules.Any()) text += CleaningText(run.cleaning);
+  if (run.cleaning.rules.Any()) {
+    const std::string ledger = CleaningText(run.cleaning);  // whole on standard error
+    text += ledger.substr(0, ledger.find('\n') + 1);
+  }
   text += "missing genotypes " + Fixed(100 * MissingShare(data), 1) +
           " %, distorted segregation (p < 0.01) at " + Counted(DistortedMarkers(data), "marker") + "\n";
   text += "linked at LOD >= " + Significant(Plain(run.thresholds.minLod)) +
@@ -144,13 +150,22 @@ bool HasRecodedMarkers(const MapData& data, const LinkageMap& map) {
   });
 }
 
-void WarnOfGroup(const LinkageGroup& group, std::vector<std::string>& warnings) {
-  if (group.repulsions > 0) {
-    warnings.push_back(
-        group.name + ": " + Counted(group.repulsions, "pair") +
-        " of neighbours in repulsion (frequency above 0.5); the parents' codes of some markers "
-        "seem to be swapped");
+void WarnOfGroup(const MapData& data, const LinkageGroup& group, std::vector<std::string>& warnings) {
+  std::vector<std::string> turned, weak;
+  for (std::size_t k = 1; k < group.places.size(); ++k) {
+    const MapPlace& place = group.places[k];
+    if (place.rec <= 0.5F || place.interval >= kUnlinkedDistance) continue;
+    (place.lod < kTellingLod ? weak : turned)
+        .push_back(data.Name(group.places[k - 1].marker) + " and " + data.Name(place.marker));
   }
+  const auto warn = [&](const std::vector<std::string>& pairs, const std::string& what) {
+    if (pairs.empty()) return;
+    warnings.push_back(group.name + ": " + Counted(static_cast<int64_t>(pairs.size()), "pair") +
+                       " of neighbours " + what + ": " + FirstNames(pairs, kPairsNamed));
+  };
+  warn(turned, "in repulsion (frequency above 0.5), the parents' codes of some markers seem to be swapped");
+  warn(weak, "that are hardly linked (frequency above 0.5 at a LOD below " + Significant(Plain(kTellingLod)) +
+                 "), the order is doubtful there");
   if (group.gaps > 0) {
     warnings.push_back(
         group.name + ": " + Counted(group.gaps, "pair") +
@@ -198,7 +213,7 @@ std::vector<std::string> MapWarnings(const MapData& data, const LinkageMap& map)
   std::vector<std::string> warnings;
   int bridged = 0;
   for (const LinkageGroup& group : map.groups) {
-    WarnOfGroup(group, warnings);
+    WarnOfGroup(data, group, warnings);
     bridged += BridgedPlaces(group);
   }
   if (bridged > 0) {

@@ -16,6 +16,7 @@ namespace host {
 namespace {
 
 constexpr std::string_view kUnlinked = "unlinked";
+constexpr std::size_t kStrangersNamed = 5;
 constexpr std::size_t kMapName = 19, kMarkerName = 35;  // characters that a project file keeps
 
 std::vector<std::string_view> Columns(std::string_view line) {
@@ -144,6 +145,7 @@ std::vector<Chromosome> MatchGroups(const std::vector<MapTableFile>& tables,
   for (std::size_t t = 0; t < tables.size(); ++t) {
     const std::size_t before = chromosomes.size();
     std::vector<bool> taken(before, false);
+    std::vector<std::string> strangers;
     for (const Overlap& overlap : Overlaps(tables[t], names)) {
       const TableGroup& group = tables[t].groups[overlap.group];
       if (overlap.shared > 0 && taken[overlap.chromosome]) {
@@ -155,12 +157,16 @@ std::vector<Chromosome> MatchGroups(const std::vector<MapTableFile>& tables,
         chromosomes[overlap.chromosome].sources.push_back({t, overlap.group});
         names[overlap.chromosome].merge(NamesOf(group));
       } else {
-        if (t > 0)
-          warnings.push_back(tables[t].name + " " + group.name + " shares no marker with earlier maps");
+        if (t > 0) strangers.push_back(group.name);
         const std::string name = t == 0 ? group.name : tables[t].name + "-" + group.name;
         chromosomes.push_back({name, {{t, overlap.group}}});
         names.push_back(NamesOf(group));
       }
+    }
+    if (!strangers.empty()) {
+      warnings.push_back(tables[t].name + ": " + Counted(static_cast<int64_t>(strangers.size()), "group") +
+                         (strangers.size() == 1 ? " shares" : " share") +
+                         " no marker with earlier maps: " + FirstNames(strangers, kStrangersNamed));
     }
   }
   return chromosomes;

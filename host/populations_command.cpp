@@ -38,10 +38,10 @@ std::string NameOf(Finish finish, int backcrosses) {
 std::string Chooser() {
   std::string text =
       "Which one is mine?\n"
-      "1. Which parents? Two inbred lines: go to 2. Two heterozygous plants (fruit trees, potato, most\n"
-      "   outcrossers), their progeny genotyped: ClonalF1. Four inbred lines: DoubleCross when the plants of "
-      "the\n"
-      "   cross (AAxBB)x(CCxDD) are genotyped, 4PDH or 4PRIL for its lines. Eight: 8PDH or 8PRIL.\n"
+      "1. Which parents? Two inbred lines: go to 2. Two heterozygous diploids (fruit trees, most "
+      "outcrossers),\n"
+      "   their progeny genotyped: ClonalF1. Four inbred lines: DoubleCross when the plants of the cross\n"
+      "   (AAxBB)x(CCxDD) are genotyped, 4PDH or 4PRIL for its lines. Eight: 8PDH or 8PRIL.\n"
       "2. Did you cross the F1 back to a parent, and what was done then before genotyping?\n\n   " +
       Padded("", 24) + Padded("not crossed back", 18) + Padded("back to P1 once", 17) + "back to P1 twice\n";
   for (const FinishWords& row : kFinishes) {

@@ -217,8 +217,9 @@ void TellLength(Scan& scan, const Table& table, std::size_t firstLine) {
   if (const std::size_t line = scan.sheet.Line(Field::PopulationSize); line > 0)
     lines.insert(lines.begin(), line);
   Add(scan.sheet, FindingKind::Count, lines,
-      "the rows of " + std::string(table.row.name) + " have " + std::to_string(table.wanted - ahead) +
-          " values, the population has " + std::to_string(table.told - ahead) + " lines");
+      "the rows of " + std::string(table.row.name) + " have " +
+          Counted(static_cast<int64_t>(table.wanted - ahead), "value") + ", the population has " +
+          std::to_string(table.told - ahead) + " lines");
 }
 
 void TakeTable(Scan& scan, Table& table) {

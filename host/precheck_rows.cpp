@@ -42,6 +42,8 @@ bool IsValue(std::string_view word, bool marks) {
   return IsReal(marks ? word.substr(0, kPhenotypeWidth) : word);
 }
 
+std::string_view Cut(std::string_view name) { return name.substr(0, kNameWidth); }
+
 bool IsMarkers(Section section) { return section == Section::Markers || section == Section::Categorised; }
 bool IsValues(Section section) {
   return section == Section::Phenotypes || section == Section::EnvironmentRows ||
@@ -57,6 +59,8 @@ std::string ReasonOf(const Sheet& sheet, const SheetRow& row, Section section) {
   if (words.malformed) return "; behind a closing quote or a repeat stands what cannot stand there";
   if (words.firstRepeats) return "; a number and a star repeat what follows, so quote such a name";
   const std::size_t ahead = WordsAhead(section);
+  if (words.words.size() >= ahead && words.words[ahead - 1].find(';') != std::string_view::npos)
+    return "; semicolons part nothing, write blanks, tabs or commas";
   if (words.words.size() <= row.wanted || words.IsNull(ahead - 1)) return {};
   if (GoesOn(sheet, section, words.words[ahead]))
     return {};  // the name is whole, there is too much behind it
@@ -180,7 +184,7 @@ bool HasLength(Sheet& sheet, Section section, const SheetRow& row, std::string_v
   }
   const auto count = static_cast<int64_t>(have) - static_cast<int64_t>(ahead);
   Add(sheet, FindingKind::Row, {row.line},
-      std::string(who) + " " + NameOf(row.words, ahead - 1) + " has " +
+      std::string(who) + " " + NameOf(row.words, ahead - 1).substr(0, kNameWidth) + " has " +
           Counted(std::max<int64_t>(count, 0), noun) + " in place of " + std::to_string(row.wanted - ahead) +
           ReasonOf(sheet, row, section));
   return false;
@@ -268,8 +272,6 @@ void LookAtValues(Sheet& sheet, Section section, const SheetRow& row) {
 
 // --- tables against each other
 
-std::string_view Cut(std::string_view name) { return name.substr(0, kNameWidth); }
-
 using NameIndex = std::unordered_map<std::string_view, std::size_t>;
 
 // The first place of each name.
@@ -314,9 +316,10 @@ void TellLone(Sheet& sheet, FindingKind kind, const std::vector<NameAt>& names, 
     if (!lone(k)) continue;
     while (lone(k + 1)) ++k;
     const std::size_t count = k - begin + 1;
-    const std::string who = count == 1 ? "marker " + names[begin].name + " has "
-                                       : std::to_string(count) + " markers, " + names[begin].name + " to " +
-                                             names[k].name + ", have ";
+    const std::string who = count == 1
+                                ? "marker " + std::string(Cut(names[begin].name)) + " has "
+                                : std::to_string(count) + " markers, " + std::string(Cut(names[begin].name)) +
+                                      " to " + std::string(Cut(names[k].name)) + ", have ";
     Add(sheet, kind, {names[begin].line}, who + std::string(what));
   }
 }

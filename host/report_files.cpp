@@ -13,6 +13,8 @@
 namespace host {
 namespace {
 
+constexpr std::string_view kPageHead = "<!DOCTYPE html>";
+
 std::vector<std::string>& Arguments() {
   static std::vector<std::string> arguments;
   return arguments;
@@ -35,6 +37,22 @@ void WriteWhole(const std::filesystem::path& path, const std::string& text) {
   if (!file) fail("");
   std::filesystem::rename(beside, path, error);
   if (error) fail(": " + error.message());
+}
+
+// A name given by mistake must not cost an input or a result: only a page is replaced.
+void RefuseWhatIsNoPage(const ResultFiles& results, const std::filesystem::path& path) {
+  const auto refuse = [&](const std::string& why) {
+    throw Failure{ExitCode::Other, path.string() + why + "; choose another --report FILE"};
+  };
+  const std::filesystem::path folder = std::filesystem::weakly_canonical(path.parent_path());
+  for (const std::string& name : Waiting(results)) {
+    if (name == path.filename() && folder == std::filesystem::weakly_canonical(results.stem.parent_path()))
+      refuse(" is another result of this run");
+  }
+  std::ifstream file(path, std::ios::binary);
+  std::string head(kPageHead.size(), '\0');
+  file.read(head.data(), static_cast<std::streamsize>(head.size()));
+  if (file.gcount() > 0 && head != kPageHead) refuse(" is there already and is no report");
 }
 
 }  // namespace
@@ -74,6 +92,7 @@ std::vector<std::string> Waiting(const ResultFiles& results) {
 std::vector<std::string> WriteReport(const ResultFiles& results, const ReportOptions& options,
                                      const std::string& page, const std::vector<reports::Figure>& figures) {
   std::vector<std::string> written;
+  if (!options.file.empty()) RefuseWhatIsNoPage(results, options.file);
   if (!options.figures.empty()) {
     std::error_code error;
     std::filesystem::create_directories(options.figures, error);

@@ -47,6 +47,12 @@ std::string Padded(std::string_view text, std::size_t width) {
   return padded;
 }
 
+std::string PaddedColumn(std::string_view text, std::size_t width) {
+  const auto inside = std::count_if(text.begin(), text.end(),
+                                    [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; });
+  return Padded(text, width + static_cast<std::size_t>(inside));
+}
+
 std::string RightAligned(std::string_view text, std::size_t width) {
   return std::string(text.size() < width ? width - text.size() : 0, ' ') + std::string(text);
 }

@@ -19,6 +19,8 @@ std::string Bytes(double count);
 std::string Counted(int64_t count, std::string_view noun);
 std::string Padded(std::string_view text, std::size_t width);
 std::string RightAligned(std::string_view text, std::size_t width);
+// Padded by characters of UTF-8 instead of bytes, for a terminal.
+std::string PaddedColumn(std::string_view text, std::size_t width);
 // "a, b, ..." of the first names.
 std::string FirstNames(std::span<const std::string> names, std::size_t shown);
 std::string_view WithoutTrailing(std::string_view text, std::string_view characters);

@@ -58,7 +58,8 @@ Column KeyColumn(const Headings& headings, const KeyRow& row, const std::string&
   return std::nullopt;
 }
 
-void ChooseKeys(const Headings& headings, const TrialColumns& wanted, ChosenColumns& chosen) {
+void ChooseKeys(const Headings& headings, const TrialColumns& wanted, ChosenColumns& chosen,
+                std::vector<std::string>& notes) {
   const std::array<const std::string*, kTrialKeys> given{&wanted.environment, &wanted.genotype,
                                                          &wanted.block};
   bool any = false;
@@ -66,6 +67,10 @@ void ChooseKeys(const Headings& headings, const TrialColumns& wanted, ChosenColu
     chosen.keys[k] = KeyColumn(headings, kKeyRows[k], *given[k]);
     any = any || chosen.keys[k] || !given[k]->empty();
   }
+  if (!any)
+    notes.emplace_back(
+        "no usual heading is there: the first three columns are taken as environment, genotype and block; "
+        "--env, --gen and --block name others");
   for (std::size_t k = 0; k < kTrialKeys; ++k) {
     if (!any) chosen.keys[k] = k;
     if (chosen.keys[k] || !given[k]->empty()) continue;
@@ -105,7 +110,7 @@ ChosenColumns ChooseColumns(const Headings& headings, const TrialColumns& wanted
   if (headings.size() < 2)
     Refuse("the heading has one word only: " + Listed(headings) +
            "; a trial table has columns for environment, genotype, block and traits");
-  ChooseKeys(headings, wanted, chosen);
+  ChooseKeys(headings, wanted, chosen, notes);
   chosen.traitsGiven = !wanted.traits.empty();
   for (const std::string& name : wanted.traits) {
     const std::size_t column = GivenColumn(headings, name, "--traits");

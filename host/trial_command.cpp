@@ -98,6 +98,11 @@ void PlanRuns(bool eachTrait, TrialSession& session) {
 }
 
 void JudgeTraits(bool skipBad, TrialSession& session) {
+  if (session.leftOut.empty() && session.runs.empty()) {
+    std::string message = session.input + ": no column has numbers, so that there is no trait to analyse";
+    for (const std::string& note : session.table.notes) message += "\n  " + note;
+    throw Failure{ExitCode::InputWrong, message};
+  }
   if (session.leftOut.empty() || (skipBad && !session.runs.empty())) return;
   std::string message = session.input + ": " +
                         Counted(static_cast<int64_t>(session.leftOut.size()), "trait") +

@@ -112,8 +112,8 @@ CellKind ReadNumber(std::string_view cell, float& value) {
 struct TraitColumn {
   std::size_t column = 0;
   std::vector<float> values;
-  std::size_t numbers = 0, texts = 0;
-  std::size_t firstLine = 0;  // of the first cell that is no number, and that cell
+  std::size_t numbers = 0, texts = 0, commas = 0;  // commas: numbers with a decimal comma
+  std::size_t firstLine = 0;                       // of the first cell that is no number, and that cell
   std::string firstText;
 };
 
@@ -125,6 +125,7 @@ void TakeValue(TraitColumn& trait, std::string_view cell, bool decimalCommas, st
     withPoint = cell;
     std::replace(withPoint.begin(), withPoint.end(), ',', '.');
     kind = ReadNumber(withPoint, value);
+    if (kind == CellKind::Number) ++trait.commas;
   }
   trait.values.push_back(value);
   if (kind == CellKind::Number) ++trait.numbers;
@@ -187,7 +188,7 @@ void TakeRow(Reading& reading) {
   reading.data.genotype.push_back(PlaceOf(reading.genotypes, keys[1], KeyName(1)));
   reading.data.block.push_back(PlaceOf(reading.blocks[static_cast<std::size_t>(e)], keys[2], KeyName(2)));
   for (TraitColumn& trait : reading.traits) {
-    TakeValue(trait, cells[trait.column], reading.reader.separator == ';', reading.reader.line);
+    TakeValue(trait, cells[trait.column], reading.reader.separator != ',', reading.reader.line);
   }
 }
 
@@ -239,6 +240,9 @@ void TakeTraits(Reading& reading, TrialInput& input) {
       if (trait.texts > 1) why += ", and " + std::to_string(trait.texts - 1) + " more";
       input.faults.push_back({heading, why});
     } else {
+      if (trait.commas > 0)
+        input.notes.push_back("column " + InQuotes(heading) +
+                              ": commas in numbers are taken as decimal points");
       PlaceOf(names, heading, "trait");
       input.data.values.push_back(std::move(trait.values));
     }
@@ -275,7 +279,8 @@ TrialInput ReadTrial(const std::filesystem::path& path, const TrialColumns& colu
   reading.reader = OpenCells(text);
   ReadHeading(reading);
   reading.chosen = ChooseColumns(reading.headings, columns, input.notes);
-  for (const std::size_t column : reading.chosen.traits) reading.traits.push_back({column, {}, 0, 0, 0, {}});
+  for (const std::size_t column : reading.chosen.traits)
+    reading.traits.push_back({column, {}, 0, 0, 0, 0, {}});
   ReadRows(reading);
   for (std::size_t k = 0; k < kTrialKeys; ++k) {
     if (const Column column = reading.chosen.keys[k]) input.keys[k] = reading.headings[*column];

@@ -83,7 +83,7 @@ bool PredictionsServe(const TrialRun& run, std::size_t trait) {
 // ---- text
 
 std::string Row(const std::vector<std::string>& cells) {
-  std::string line = "  " + Padded(cells.front(), kLabelWidth);
+  std::string line = "  " + PaddedColumn(cells.front(), kLabelWidth);
   for (std::size_t k = 1; k < cells.size(); ++k) line += RightAligned(cells[k], kFigureWidth);
   return line + '\n';
 }
@@ -99,8 +99,11 @@ std::string TablesText(const TrialRun& run, std::size_t trait) {
   const std::vector<VarianceTable>& tables = run.results[trait].tables;
   if (tables.empty()) return "  no environment has error degrees of freedom: no analysis of variance\n";
   std::string text = Row({"", "CV %", "h2 plot", "h2 mean", "LSD 5 %", "P"});
-  if (const VarianceTable* combined = Combined(run.results[trait]))
-    text += VarianceRow(run, trait, *combined);
+  if (const VarianceTable* combined = Combined(run.results[trait])) {
+    text += IsOff(run.facts[trait]) ? "  " + Padded("all environments", kLabelWidth) +
+                                          "  off by the missing plots; --each-trait keeps them out\n"
+                                    : VarianceRow(run, trait, *combined);
+  }
   std::size_t shown = 0, environments = 0;
   for (const VarianceTable& table : tables) {
     if (table.combined || ++environments > kShownTables) continue;
@@ -133,8 +136,6 @@ std::string TraitText(const TrialRun& run, std::size_t trait, std::size_t rows) 
                      Counted(static_cast<int64_t>(facts.plots), "plot");
   if (rows > facts.plots) text += ", " + std::to_string(rows - facts.plots) + " missing";
   text += '\n' + TablesText(run, trait);
-  if (IsOff(facts) && Combined(run.results[trait]) != nullptr)
-    text += "  (all environments: off by the missing plots)\n";
   return text + TopText(run, trait);
 }
 

@@ -194,7 +194,8 @@ ExitCode RunTwoPoint(const TwoPointOptions& options) {
   const Question question = ReadQuestion(options);
   if (const std::string cells = ImpossibleCells(question); !cells.empty()) {
     std::cerr << "tessarmont: warning: population " << question.population->name
-              << " with these markers cannot show the counts of " << cells << '\n';
+              << " with these markers cannot show the counts of " << cells
+              << ", which put the estimate off\n";
   }
   const Answer answer = Ask(question);
   if (options.json) {

@@ -37,6 +37,13 @@ void StartSite(const Request& request, SiteTable& site) {
   site.blanked[kNoCall] = site.blanked[CallOf(kUnknown, kSingle)] = 0;
 }
 
+constexpr std::size_t kMostParents = 8;
+
+bool LinesAreHomozygous(const Request& request) {
+  if (request.kind == TableKind::Map) return host::kPopulations[request.population - 1].shows == "AB";
+  return request.kind == TableKind::Plm;
+}
+
 std::optional<Drop> JudgeInbred(std::span<const Call> parents) {
   if (!std::all_of(parents.begin(), parents.end(), Known)) return Drop::ParentMissing;
   if (!std::all_of(parents.begin(), parents.end(), Homozygous)) return Drop::ParentHeterozygous;
@@ -54,7 +61,7 @@ void SetHomozygote(SiteTable& site, uint8_t allele, uint8_t cell, bool singleCou
 }
 
 void ReadBiParental(const Request& request, std::span<const Call> parents, SiteTable& site) {
-  const bool inbred = host::kPopulations[request.population - 1].shows == "AB";
+  const bool inbred = LinesAreHomozygous(request);
   const uint8_t p1 = First(parents[0]), p2 = First(parents[1]);
   SetHomozygote(site, p1, host::CellOf(TableKind::Map, "A"), inbred);
   SetHomozygote(site, p2, host::CellOf(TableKind::Map, "B"), inbred);
@@ -133,9 +140,18 @@ std::size_t ParentsNeeded(const Request& request) {
   return request.kind == TableKind::Cdm && request.population == 2 ? 4 : 2;
 }
 
-SiteTable ReadSite(const Request& request, std::span<const Call> parents) {
+SiteTable ReadSite(const Request& request, std::span<const Call> given) {
   SiteTable site;
   StartSite(request, site);
+  // Where lines may have a single allele, so may their parents.
+  std::array<Call, kMostParents> whole{};
+  std::copy(given.begin(), given.end(), whole.begin());
+  const std::span<const Call> parents(whole.data(), given.size());
+  if (LinesAreHomozygous(request)) {
+    for (Call& parent : whole) {
+      if (Second(parent) == kSingle) parent = CallOf(First(parent), First(parent));
+    }
+  }
   const bool clonal = request.kind == TableKind::Cdm && request.population == 1;
   if (!clonal) site.drop = JudgeInbred(parents);
   if (site.drop) return site;

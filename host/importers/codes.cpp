@@ -8,6 +8,7 @@
 #include "host/importers/text_source.h"
 #include "host/population_catalogue.h"
 #include "host/populations.h"
+#include "host/text.h"
 
 namespace importers {
 namespace {
@@ -175,7 +176,8 @@ void TakeZygotes(Builder& builder, const MarkerSource& source, std::span<const u
 
 void RefuseUnknown(const std::string& path, const CodeBook& book, const UnknownCodes& unknown) {
   if (unknown.count == 0) return;
-  std::string words = path + ": " + std::to_string(unknown.count) + " genotypes are none of " + book.words +
+  std::string words = path + ": " + host::Counted(static_cast<int64_t>(unknown.count), "genotype") +
+                      (unknown.count == 1 ? " is" : " are") + " none of " + book.words +
                       " or missing (-, NA; --missing names further codes)";
   for (const std::string& example : unknown.examples) words += "\n  " + example;
   throw host::Failure{host::ExitCode::InputWrong, words};

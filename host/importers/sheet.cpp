@@ -71,7 +71,7 @@ std::vector<std::string> Fields(std::string_view line, char separator) {
   }
 }
 
-Sheet ReadSheet(const TextFile& file, std::size_t first) {
+Sheet ReadSheet(const TextFile& file, std::size_t first, bool namesMayLackHeading) {
   Sheet sheet{file.path, {}, {}, false};
   char separator = '\0';
   for (std::size_t at = first; at < file.lines.size(); ++at) {
@@ -82,6 +82,11 @@ Sheet ReadSheet(const TextFile& file, std::size_t first) {
     if (sheet.rows.empty()) {
       while (row.size() > 1 && row.back().empty()) row.pop_back();
     } else {
+      // What a spreadsheet leaves of rows that were cleared.
+      if (std::all_of(row.begin(), row.end(), [](const std::string& field) { return field.empty(); }))
+        continue;
+      const bool lacks = sheet.rows.size() == 1 && row.size() == sheet.Width() + 1 && !row.back().empty();
+      if (namesMayLackHeading && lacks) sheet.rows[0].insert(sheet.rows[0].begin(), "");
       FitRow(sheet, row, at + 1);
     }
     sheet.rows.push_back(std::move(row));

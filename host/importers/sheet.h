@@ -27,8 +27,9 @@ char SeparatorOf(std::string_view line);
 std::vector<std::string> Fields(std::string_view line, char separator);
 
 // The lines from `first` (from 0) on that hold anything. Empty fields behind the first row's last one are
-// dropped. Failure InputWrong where a row is shorter or longer than the first.
-Sheet ReadSheet(const TextFile& file, std::size_t first = 0);
+// dropped. Where `namesMayLackHeading`, a heading that is one field short has none for the first column. Failure
+// InputWrong where a row is shorter or longer than the first.
+Sheet ReadSheet(const TextFile& file, std::size_t first = 0, bool namesMayLackHeading = false);
 // Rows for columns.
 Sheet Turned(Sheet sheet);
 

@@ -13,6 +13,7 @@
 #include "host/importers/parents.h"
 #include "host/importers/sheet.h"
 #include "host/populations.h"
+#include "host/text.h"
 
 namespace importers {
 namespace {
@@ -21,13 +22,25 @@ constexpr std::string_view kMarkerWords[] = {"marker", "markers", "locus", "locu
                                              "snp",    "rs#",     "rs",    "name"};
 constexpr std::string_view kLineWords[] = {"id",         "line", "lines",    "sample",
                                            "individual", "ind",  "genotype", "plant"};
-constexpr std::string_view kChromosomeWords[] = {"chr", "chrom", "chromosome", "lg", "group"};
-constexpr std::string_view kOtherWords[] = {"pos", "position", "cm", "bp", "alleles", "strand"};
+constexpr std::string_view kChromosomeWords[] = {"chr",   "chrom",         "chromosome", "lg",
+                                                 "group", "linkage group", "scaffold",   "contig"};
+constexpr std::string_view kOtherWords[] = {"pos",    "position", "cm",      "bp",
+                                            "pos bp", "pos cm",   "alleles", "strand"};
 
 template <std::size_t N>
 bool IsOneOf(const std::string& text, const std::string_view (&words)[N]) {
   return std::any_of(std::begin(words), std::end(words),
                      [&](std::string_view word) { return host::EqualIgnoringCase(text, word); });
+}
+
+// A heading without what people add to it: "#CHROM", "Chr.", "Linkage_group", "Position (cM)".
+std::string PlainHeading(std::string_view heading) {
+  if (heading.starts_with('#')) heading.remove_prefix(1);
+  heading = heading.substr(0, heading.find_first_of("(["));
+  std::string plain(host::WithoutTrailing(heading, " ._:"));
+  std::replace_if(
+      plain.begin(), plain.end(), [](char c) { return c == '_' || c == '.'; }, ' ');
+  return plain;
 }
 
 // Markers in rows, from now on. The heading's first cell tells; else rows are taken for markers.
@@ -54,8 +67,9 @@ Columns ReadHeading(const Sheet& sheet) {
   Columns columns;
   for (std::size_t c = 1; c < sheet.Width(); ++c) {
     const std::string& name = sheet.rows[0][c];
-    if (IsOneOf(name, kOtherWords)) continue;
-    if (IsOneOf(name, kChromosomeWords)) {
+    const std::string plain = PlainHeading(name);
+    if (IsOneOf(plain, kOtherWords)) continue;
+    if (IsOneOf(plain, kChromosomeWords)) {
       if (!columns.chromosome) columns.chromosome = c;
       continue;
     }
@@ -139,7 +153,8 @@ void TakeAlleleRows(Builder& builder, const Sheet& sheet, const Columns& columns
 }
 
 void TakeCodeRows(Builder& builder, const Sheet& sheet, const Columns& columns) {
-  const CodeBook book = BookOf(Vocabulary::Plain, builder.request);
+  CodeBook book = BookOf(Vocabulary::Plain, builder.request);
+  book.words += " (alleles are read with --parents)";
   UnknownCodes unknown;
   std::vector<std::string_view> texts(columns.lines.size());
   std::vector<std::size_t> lines(columns.lines.size());
@@ -161,7 +176,7 @@ void TakeCodeRows(Builder& builder, const Sheet& sheet, const Columns& columns) 
 Import ReadTable(const TextFile& file, Request request) {
   Ledger notes;
   SettlePopulation(request, file.path, request.kind, 0, "a table", notes);
-  Sheet sheet = ReadSheet(file);
+  Sheet sheet = ReadSheet(file, 0, true);
   if (sheet.rows.size() < 2 || sheet.Width() < 2) {
     ThrowAt(file.path, 1,
             "a table has a heading row, a heading column and genotypes, parted by tabs, commas or blanks");

@@ -78,6 +78,15 @@ void FitToPopulation(Builder& builder, std::vector<uint8_t>& cells) {
   }
 }
 
+// At most `most` bytes; a letter of several bytes is kept whole or left out.
+std::string_view CutName(std::string_view name, std::size_t most) {
+  std::size_t length = std::min(name.size(), most);
+  while (length > 0 && length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) {
+    --length;
+  }
+  return name.substr(0, length);
+}
+
 // The name under which a marker is written, and why when it is another.
 std::string NewName(Builder& builder, const MarkerSource& source, std::string& reason) {
   std::string name = CleanName(source.name);
@@ -89,7 +98,7 @@ std::string NewName(Builder& builder, const MarkerSource& source, std::string& r
   std::string unique = name;
   for (int copy = ++builder.names[name]; copy > 1; ++copy) {
     const std::string tail = "_" + std::to_string(copy);
-    unique = name.substr(0, host::kMarkerNameLength - tail.size()) + tail;
+    unique = std::string(CutName(name, host::kMarkerNameLength - tail.size())) + tail;
     if (!builder.names.contains(unique)) break;
   }
   if (unique != name) {
@@ -152,12 +161,7 @@ void JudgeTheImpossible(Builder& builder) {
 }  // namespace
 
 std::string CleanName(std::string_view name) {
-  std::size_t length = std::min(name.size(), host::kMarkerNameLength);
-  // A letter of several bytes is kept whole.
-  while (length > 0 && length < name.size() && (static_cast<unsigned char>(name[length]) & 0xC0U) == 0x80U) {
-    --length;
-  }
-  std::string clean(name.substr(0, length));
+  std::string clean(CutName(name, host::kMarkerNameLength));
   for (char& c : clean) {
     if (static_cast<unsigned char>(c) < ' ' || kSpecial.find(c) != std::string_view::npos) c = '_';
   }

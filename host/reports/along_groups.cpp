@@ -165,7 +165,7 @@ Figure SegregationFigure(const MapReport& report) {
 Figure MissingFigure(const MapReport& report) {
   const std::size_t placed = PlacedMarkers(report);
   if (placed == 0) return {};
-  double highest = 1, sum = 0;
+  double highest = 0, sum = 0;
   for (const ReportGroup& group : report.groups) {
     for (const ReportMarker& marker : group.markers) {
       highest = std::max(highest, MissingPercent(marker));
@@ -173,7 +173,7 @@ Figure MissingFigure(const MapReport& report) {
     }
   }
   const GenomeAxis axis = LayGroups(report, kTrackLeft + 3, kTrackRight - 3);
-  const Panel panel = AlongPanel(0, std::min(100.0, highest * 1.05), "missing, %");
+  const Panel panel = AlongPanel(0, std::clamp(highest * 1.05, 1.0, 100.0), "missing, %");
   Drawing drawing{kFigureWidth, 0, {}};
   DrawBase(drawing, report, axis, panel);
   const double mean = sum / static_cast<double>(placed);
@@ -204,6 +204,7 @@ Figure GenotypeShares(const MapReport& report) {
   if (shown == 0) return {};
   double expected = 0;
   for (std::size_t c = 0; c + 1 < report.expected.size(); ++c) {
+    if (report.expected[c] <= 0) continue;  // the line is there already
     expected += report.expected[c];
     const double y = panel.y(expected);
     AddLine(drawing, kTrackLeft, y, kTrackRight, y,

@@ -102,21 +102,20 @@ void DrawStrip(Drawing& drawing, const Ladder& ladder, const DrawnMap& map, doub
 }
 
 // Returns how many names are drawn.
-std::size_t DrawNames(Drawing& drawing, const Ladder& ladder, const ReportGroup& group, const DrawnMap& map,
-                      const Bar& bar, double cellLeft) {
+std::size_t DrawNames(Drawing& drawing, const ReportGroup& group, const DrawnMap& map, const Bar& bar,
+                      double cellLeft, double height) {
   std::vector<SideLabel> names, positions;
   for (std::size_t k = 0; k < map.at.size(); ++k) {
     names.push_back({bar.y(map.at[k]), group.markers[map.which[k]].name});
   }
-  const double top = bar.y.from, bottom = bar.y.to;
-  names = FittingLabels(std::move(names), ladder.height);
+  names = FittingLabels(std::move(names), height);
   // Positions stand as near as the names do; those of one place are written once.
   for (std::size_t k = 0; k < map.at.size(); ++k) {
     const double y = bar.y(map.at[k]);
     if (!positions.empty() && y - positions.back().y < kLabelGap) continue;
     positions.push_back({y, host::Fixed(group.markers[map.which[k]].position, 1)});
   }
-  DrawSideLabels(drawing, names, bar.x + bar.width, false, {top, bottom}, kNameWidth);
+  DrawSideLabels(drawing, names, bar.x + bar.width, false, {bar.y.from, bar.y.from + height}, kNameWidth);
   for (const SideLabel& position : positions) {
     AddText(drawing, cellLeft + kPositionWidth - 3, position.y + 3, position.text, kSmallEnd);
   }
@@ -137,6 +136,22 @@ void DrawDensityLegend(Drawing& drawing, const Ladder& ladder, double y) {
   AddText(drawing, x, y + 20, "0", kSmallMiddle);
   AddText(drawing, x + width, y + 20, Number(ladder.densest), kSmallMiddle);
   AddText(drawing, x + width + 10, y + 9, unit, kSmall);
+}
+
+// A row takes no more height than its longest bar, or its longest list of names, needs.
+struct LadderRow {
+  double length = 0, height = 0;  // centimorgans of the longest group; pixels
+};
+LadderRow RowFrom(const Ladder& ladder, std::size_t first) {
+  LadderRow row;
+  for (std::size_t g = first; g < std::min(first + ladder.perRow, ladder.maps.size()); ++g) {
+    row.length = std::max(row.length, ladder.maps[g].length);
+    if (ladder.named)
+      row.height = std::max(row.height, static_cast<double>(ladder.maps[g].at.size()) * kLabelGap);
+  }
+  const double bars = ladder.longest > 0 ? row.length / ladder.longest * ladder.height : 0;
+  row.height = std::clamp(row.height, bars, ladder.height);
+  return row;
 }
 
 std::string LadderCaption(const MapReport& report, const Ladder& ladder, std::size_t named) {
@@ -167,11 +182,16 @@ Figure MapLadder(const MapReport& report, bool named) {
   const double used = kAxisRoom + static_cast<double>(ladder.perRow) * ladder.cell;
   Drawing drawing{std::clamp(used, 420.0, kFigureWidth), 0, {}};
   double top = kHeadRoom;
+  LadderRow row;
   std::size_t names = 0;
   for (std::size_t g = 0; g < ladder.maps.size(); ++g) {
     const std::size_t column = g % ladder.perRow;
-    if (column == 0 && g > 0) top += ladder.height + kHeadRoom + kRowGap;
-    if (column == 0) DrawMapScale(drawing, kAxisRoom - 6, {0, ladder.longest, top, top + ladder.height});
+    if (column == 0) {
+      if (g > 0) top += row.height + kHeadRoom + kRowGap;
+      row = RowFrom(ladder, g);
+      DrawMapScale(drawing, kAxisRoom - 6,
+                   {0, row.length, top, top + ladder.height * row.length / std::max(ladder.longest, 1e-9)});
+    }
     const double left = kAxisRoom + static_cast<double>(column) * ladder.cell;
     const DrawnMap& map = ladder.maps[g];
     const ReportGroup& group = report.groups[g];
@@ -185,9 +205,9 @@ Figure MapLadder(const MapReport& report, bool named) {
             kSmall);
     DrawStrip(drawing, ladder, map, stripLeft, y);
     DrawBar(drawing, bar, map);
-    if (named) names += DrawNames(drawing, ladder, group, map, bar, left);
+    if (named) names += DrawNames(drawing, group, map, bar, left, row.height);
   }
-  top += ladder.height + 22;
+  top += row.height + 22;
   DrawDensityLegend(drawing, ladder, top);
   drawing.height = top + 26;
   return MadeFigure(drawing, named ? "map_ladder" : "map_overview",

@@ -93,7 +93,9 @@ void DrawBar(Drawing& drawing, const Bar& bar, const DrawnMap& map) {
 }
 
 void DrawMapScale(Drawing& drawing, double x, const Scale& y) {
-  const std::vector<double> ticks = NiceTicks(0, y.high, 6);
+  constexpr double apart = 14;  // pixels that a label needs
+  const std::vector<double> ticks =
+      NiceTicks(0, y.high, std::clamp(static_cast<int>((y.to - y.from) / apart), 1, 6));
   if (ticks.empty()) return;
   const std::vector<std::string> labels = TickLabels(ticks);
   for (std::size_t i = 0; i < ticks.size(); ++i) {

@@ -12,6 +12,7 @@
 namespace reports {
 namespace {
 
+constexpr double kRowNamePitch = 9.5;          // pixels
 constexpr std::size_t kMostDrawnCells = 1800;  // more become an image
 constexpr double kNamesLeft = 110, kGridTop = 14, kLegendRoom = 90;
 
@@ -119,7 +120,7 @@ void DrawMeanNames(Drawing& drawing, const TrialReport& report, const MeanTable&
   const double rows = static_cast<double>(table.genotypes.size()),
                columns = static_cast<double>(table.environments.size());
   const double cellWidth = width / columns;
-  const std::size_t everyRow = LabelStep(table.genotypes.size(), height, 9.5),
+  const std::size_t everyRow = LabelStep(table.genotypes.size(), height, kRowNamePitch),
                     everyColumn = LabelStep(table.environments.size(), width, upright ? 10.0 : cellWidth);
   for (std::size_t row = 0; row < table.genotypes.size(); row += everyRow) {
     AddText(drawing, kNamesLeft - 5, kGridTop + (static_cast<double>(row) + 0.5) * height / rows + 3,
@@ -169,7 +170,9 @@ Figure MeanHeatMap(const TrialReport& report, std::size_t t) {
       CountText(table.genotypes.size(), "genotype") + " (rows) in " +
           CountText(table.environments.size(), "environment") +
           " (columns), both sorted by their means, highest first; " +
-          (empty > 0 ? CountText(empty, "cell") + " without a plot." : std::string("no cell is empty.")));
+          (empty > 0 ? CountText(empty, "cell") + " without a plot." : std::string("no cell is empty.")) +
+          (LabelStep(table.genotypes.size(), height, kRowNamePitch) > 1 ? " Names where there is room."
+                                                                        : ""));
 }
 
 }  // namespace reports

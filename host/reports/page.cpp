@@ -41,7 +41,7 @@ th.n,td.n{text-align:right;font-variant-numeric:tabular-nums;white-space:nowrap}
 ul.warnings{background:#fff6e5;border-left:4px solid #d98300;padding:.6rem .6rem .6rem 1.8rem;margin:1rem 0}
 code{font-size:.85rem;overflow-wrap:anywhere}
 .scroll{max-height:26rem;overflow:auto}
-@media(max-width:700px){body{padding:.8rem}nav ol{columns:1}.draw svg{max-width:none;min-width:640px}}
+@media(max-width:700px){body{padding:.8rem}nav ol{columns:1}.draw svg{max-width:none}}
 @media print{body{max-width:none;padding:0;font-size:10pt}nav{display:none}figure,tr,dl.facts div{break-inside:avoid}
 h2,h3{break-after:avoid}.scroll{max-height:none;overflow:visible}.draw,.table{overflow:visible}}
 )";

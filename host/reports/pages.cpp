@@ -63,13 +63,20 @@ std::string UnlinkedTable(const MapReport& report) {
 std::string SweepTable(const MapReport& report) {
   if (report.sweep.empty()) return {};
   std::vector<Row> rows;
-  for (const SweepStep& step : report.sweep) {
+  for (std::size_t s = 0; s < report.sweep.size(); ++s) {
+    // Cuts that make the same groups share a row.
+    const SweepStep& step = report.sweep[s];
+    while (s + 1 < report.sweep.size() && report.sweep[s + 1].sizes == step.sizes &&
+           report.sweep[s + 1].single == step.single)
+      ++s;
     std::string sizes;
     constexpr std::size_t most = 20;
     for (std::size_t k = 0; k < std::min(step.sizes.size(), most); ++k)
       sizes += (k > 0 ? ", " : "") + std::to_string(step.sizes[k]);
     if (step.sizes.size() > most) sizes += ", ...";
-    rows.push_back({Number(step.lod), std::to_string(step.sizes.size()), std::to_string(step.single), sizes});
+    const double last = report.sweep[s].lod;
+    rows.push_back({Number(step.lod) + (last > step.lod ? " to " + Number(last) : ""),
+                    std::to_string(step.sizes.size()), std::to_string(step.single), sizes});
   }
   return TableHtml("Groups by LOD cut",
                    {{"LOD", true}, {"groups", true}, {"single markers", true}, {"markers per group"}}, rows);

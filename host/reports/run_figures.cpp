@@ -206,8 +206,10 @@ Figure LineFigure(const MapReport& report) {
   if (caption.empty()) return {};
   AddText(drawing, (kCurveLeft + kCurveRight) / 2, top - 18, "lines in file order", kMiddle);
   drawing.height = top - 6;
-  return MadeFigure(drawing, "lines", "Crossovers and missing genotypes per line",
-                    caption + " Lines more than three standard deviations above the mean are named.");
+  return MadeFigure(
+      drawing, "lines",
+      first.count > 0 ? "Crossovers and missing genotypes per line" : "Missing genotypes per line",
+      caption + " Lines more than three standard deviations above the mean are named.");
 }
 
 }  // namespace reports

@@ -12,7 +12,8 @@
 namespace reports {
 namespace {
 
-constexpr double kBoxLeft = 66, kBoxRight = kFigureWidth - 16;
+constexpr double kBoxLeft = 66, kBoxMargin = 16;
+constexpr double kBoxRoom = 150, kLeastBoxes = 300;  // of an environment, where there is room; of all
 constexpr std::size_t kMostBoxes = 160;
 constexpr std::size_t kExactSmall = 400;  // marks of a small panel that are drawn one by one
 
@@ -92,13 +93,15 @@ Figure BoxPlots(const TrialReport& report, std::size_t t) {
   if (plots == 0) return {};
   const Bounds bounds = Widened(BoundsOf(all), 0.05);
   constexpr double top = 14, bottom = 290;
-  const Panel panel{{0, 1, kBoxLeft, kBoxRight}, {bounds.low, bounds.high, bottom, top}, "", trait.name};
-  const double step = (kBoxRight - kBoxLeft) / static_cast<double>(shown);
+  const double right = kBoxLeft + std::clamp(kBoxRoom * static_cast<double>(shown), kLeastBoxes,
+                                             kFigureWidth - kBoxMargin - kBoxLeft);
+  const Panel panel{{0, 1, kBoxLeft, right}, {bounds.low, bounds.high, bottom, top}, "", trait.name};
+  const double step = (right - kBoxLeft) / static_cast<double>(shown);
   const double names = NamesHeight(report.environments, step);
-  Drawing drawing{kFigureWidth, bottom + 38 + names, {}};
+  Drawing drawing{right + kBoxMargin, bottom + 38 + names, {}};
   DrawYAxis(drawing, panel);
-  AddLine(drawing, kBoxLeft, bottom, kBoxRight, bottom, kAxisStyle);
-  const std::size_t every = LabelStep(shown, kBoxRight - kBoxLeft, names > 0 ? kLabelPitch : step);
+  AddLine(drawing, kBoxLeft, bottom, right, bottom, kAxisStyle);
+  const std::size_t every = LabelStep(shown, right - kBoxLeft, names > 0 ? kLabelPitch : step);
   for (std::size_t e = 0; e < shown; ++e) {
     const double x = kBoxLeft + (static_cast<double>(e) + 0.5) * step;
     const std::vector<double> sorted = SortedFinite(trait.plots[e]);

@@ -167,6 +167,9 @@ TEST(Cleaning, SegregationIsTheLibrarysOwn) {
     }
     EXPECT_EQ(dropped, distorted);
     EXPECT_NE(result.out.find("cleaning: 22 markers read"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find("segregation p below"), std::string::npos)
+        << "the names stand on standard error";
+    EXPECT_NE(result.err.find("segregation p below"), std::string::npos) << result.err;
   }
 }
 

@@ -60,6 +60,7 @@ TEST(Command, FilesThatCannotBeRead) {
   sandbox.Write("packed.map", "\x1f\x8b\x08 and so on");
   sandbox.Write("marked.map", "\xef\xbb\xbf!Population\n7\n");
   sandbox.Write("binary.map", std::string("7\n1\0\0", 5));
+  sandbox.Write("old.map", "3\r2\r2\r1\r2\rm1 A B\rm1 0\r");
   sandbox.Write("traits.bip", "1\n7\n");
   sandbox.Write("notes.txt", kGood);
   sandbox.Write("declares.map", "3\n2\n2\n2000000000\n4\nm1 A A B B\n");
@@ -81,6 +82,7 @@ TEST(Command, FilesThatCannotBeRead) {
                           {{command, "packed.map"}, 1, "gzip"},
                           {{command, "marked.map"}, 1, "byte order mark"},
                           {{command, "binary.map"}, 1, "a binary file"},
+                          {{command, "old.map"}, 1, "its lines end in CR alone"},
                           {{command, "notes.txt"}, 1, "\".txt\""},
                           {{command, "declares.map"}, 1, "cannot hold their rows"},
                           {{command, "large.map"}, 3, "of memory"}});

@@ -100,7 +100,6 @@ TEST(Placing, SumsIntervalsAndKeepsGapsOutOfTheLength) {
   EXPECT_EQ(intervals, (std::vector<float>{0, 10.5F, 1000, 20}));
   EXPECT_EQ(group.length, 30.5);
   EXPECT_EQ(group.gaps, 1);
-  EXPECT_EQ(group.repulsions, 1);
 }
 
 }  // namespace

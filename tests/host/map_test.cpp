@@ -233,11 +233,49 @@ TEST(Map, WarnsOfRepulsionAndGaps) {
   const CommandResult result = RunCommand(sandbox, {"map", "x.map"});
   ASSERT_EQ(result.code, 0) << result.err;
   EXPECT_NE(result.err.find("G1: 1 pair of neighbours in repulsion"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("codes of some markers seem to be swapped: m1 and m2\n"), std::string::npos);
   EXPECT_NE(result.err.find("G1: 1 pair of neighbours without linkage"), std::string::npos) << result.err;
   const auto groups = Table(sandbox.Read("x.map.tsv"));
   ASSERT_EQ(groups.size(), 1U);
   EXPECT_EQ(groups[0].second.size(), 3U);
   EXPECT_EQ(RunCommand(sandbox, {"map", "x.map", "--quiet"}).err, "");
+  // Eight of twelve lines recombine: above 0.5 by chance, which is no sign of swapped codes.
+  sandbox.Write("y.map",
+                "3\n1\n2\n2\n12\nm1 A A A A A A B B B B B B\nm2 B B B B A A A A A A B B\nm1 1\nm2 1\n");
+  const CommandResult weak = RunCommand(sandbox, {"map", "y.map"});
+  EXPECT_NE(weak.err.find("G1: 1 pair of neighbours that are hardly linked"), std::string::npos) << weak.err;
+  EXPECT_EQ(weak.err.find("swapped"), std::string::npos) << weak.err;
+}
+
+TEST(Map, DoubtsThePopulation) {
+  // Ten markers alike of twenty lines, in one anchor group.
+  const auto file = [](const std::string& population, const std::string& row) {
+    std::string text = population + "\n1\n2\n10\n20\n", anchors;
+    for (int m = 1; m <= 10; ++m) {
+      text += "m" + std::to_string(m);
+      for (const char code : row) text += std::string(" ") + code;
+      text += '\n';
+      anchors += "m" + std::to_string(m) + " 1\n";
+    }
+    return text + anchors;
+  };
+  struct {
+    const char *population, *row, *words;
+  } const cases[] = {
+      {"4", "AAAAABBBBBAAAAABBBBB", ""},
+      {"4", "AAAAABBBBBAAAAABBBHH", ""},  // one in ten may be left of selfing
+      {"4", "AAAAABBBBBAAAAABBHHH", "30 of 200 genotypes are none of population 4 (RIL)"},
+      {"7", "AAAAABBBBBAAAAABBBBB", "distorted (p < 0.01) at 10 of 10 markers of population 7 (F2)"},
+      {"5", "AAAAABBBBBAAAAABBBBB", "distorted (p < 0.01) at 10 of 10 markers of population 5 (P1BC1RIL)"},
+  };
+  for (const auto& [population, row, words] : cases) {
+    const Sandbox sandbox;
+    sandbox.Write("x.map", file(population, row));
+    const CommandResult result = RunCommand(sandbox, {"map", "x.map", "--no-report"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    EXPECT_EQ(result.err.find("is it another one?") != std::string::npos, *words != 0) << row << result.err;
+    EXPECT_NE(result.err.find(words), std::string::npos) << result.err;
+  }
 }
 
 }  // namespace

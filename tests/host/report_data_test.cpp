@@ -8,6 +8,7 @@
 #include "host/consensus_page.h"
 #include "host/map_page.h"
 #include "host/map_quality.h"
+#include "tests/host/command_runner.h"
 
 namespace host {
 namespace {
@@ -51,6 +52,49 @@ TEST(LineCrossovers, TurnMarkersInRepulsionAndStopAtGaps) {
             (std::vector<int32_t>{0, 2}));
   EXPECT_EQ(LineCrossovers(Chain({0, 1000, 5}, {0, 0.5F, 0.05F}), Table(3, {"AA", "BB", "BA"})),
             (std::vector<int32_t>{0, 1}));
+}
+
+// A dominance code has a share of its own, on the side of the genotypes that it stands for.
+TEST(MapPageData, KeepsDominanceCodesApart) {
+  struct {
+    const char* name;
+    std::vector<int32_t> category;
+    std::vector<std::string> codes;
+    std::vector<double> expected;
+    std::vector<double> first;  // shares of the first marker
+  } const cases[] = {
+      {"co-dominant", {1, 1}, {"A", "H", "B"}, {.25, .5, .25}, {.5, .25, .25}},
+      {"a recessive one", {10, 1}, {"A", "H", "R", "B"}, {.25, .5, 0, .25}, {.5, 0, .5, 0}},
+      {"a dominant one", {12, 1}, {"A", "D", "H", "B"}, {.25, 0, .5, .25}, {0, .5, 0, .5}},
+      {"all dominant", {12, 12}, {"D", "B"}, {.75, .25}, {.5, .5}},
+      {"all recessive", {10, 10}, {"A", "R"}, {.25, .75}, {.5, .5}},
+  };
+  for (const auto& one : cases) {
+    MapRun run;
+    MapData& data = run.data;
+    data.numMarkers = 2;
+    data.populationType = 7;
+    data.populationSize = 4;
+    data.names = {"m1", "m2"};
+    for (auto* array : {&data.countX, &data.category}) *array = SharedArray<int32_t>(2);
+    data.segregationP = SharedArray<float>(2);
+    for (int k = 0; k < 3; ++k) data.counts.emplace_back(2);
+    for (std::size_t m = 0; m < 2; ++m) {
+      const bool two = one.category[m] != 1;  // the library counts D as A, R as B
+      data.category[m] = one.category[m];
+      data.counts[0][m] = 2;
+      data.counts[1][m] = two ? 0 : 1;
+      data.counts[2][m] = two ? 2 : 1;
+    }
+    run.map = Chain({0, 5}, {0, 0.05F});
+    const Sandbox sandbox;
+    sandbox.Write("x.map", "");
+    const reports::MapReport report =
+        MapPageData(run, Table(7, {"AAHB", "AAHB"}), (sandbox.folder / "x.map").string());
+    EXPECT_EQ(report.codes, one.codes) << one.name;
+    EXPECT_EQ(report.expected, one.expected) << one.name;
+    EXPECT_EQ(report.groups[0].markers[0].shares, one.first) << one.name;
+  }
 }
 
 // Markers at equal steps, every distance longer by what errors add.

@@ -22,14 +22,15 @@ bool Has(const std::vector<std::string>& names, const std::string& name) {
 struct CommandRow {
   std::string name;
   std::vector<std::string> words;
+  std::string result;  // one of its files
 };
 std::vector<CommandRow> Commands(const Sandbox& sandbox) {
   std::filesystem::copy(std::string(EXAMPLES_DIR) + "/clonal.cdm", sandbox.folder / "in.cdm");
   sandbox.Write("both.cmp", kCmp);
   sandbox.Write("plots.txt", kTrial);
-  return {{"map", {"map", "in.cdm", "-o", "r"}},
-          {"consensus", {"consensus", "both.cmp", "-o", "r"}},
-          {"trial", {"trial", "plots.txt", "-o", "r"}}};
+  return {{"map", {"map", "in.cdm", "-o", "r"}, "r.map.tsv"},
+          {"consensus", {"consensus", "both.cmp", "-o", "r"}, "r.consensus.tsv"},
+          {"trial", {"trial", "plots.txt", "-o", "r"}, "r.aov"}};
 }
 
 CommandResult RunWith(const Sandbox& sandbox, std::vector<std::string> words,
@@ -71,6 +72,11 @@ TEST(ReportOptions, AReportThatCannotBeWrittenLeavesNothing) {
     EXPECT_EQ(RunWith(sandbox, command.words, {"--report", "absent/page.html"}).code, 3) << command.name;
     EXPECT_EQ(RunWith(sandbox, command.words, {"--figures", "file/figures"}).code, 3) << command.name;
     EXPECT_EQ(RunWith(sandbox, command.words, {"--report", "p.html", "--no-report"}).code, 2) << command.name;
+    EXPECT_EQ(RunWith(sandbox, command.words, {"--report", command.result}).code, 3)
+        << "two results, one name";
+    EXPECT_EQ(RunWith(sandbox, command.words, {"--report", "both.cmp", "--figures", "f"}).code, 3)
+        << command.name;
+    EXPECT_EQ(sandbox.Read("both.cmp"), kCmp) << "only pages are replaced";
     EXPECT_EQ(sandbox.Names(), before) << command.name;
   }
 }

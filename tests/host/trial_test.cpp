@@ -93,6 +93,7 @@ TEST(Trial, TablesOfEveryForm) {
       {"tabs", Table(plots, "env\tgen\tblock\tyield\theight", "\t", "\r\n", 0)},
       {"commas", "\xef\xbb\xbf\n" + Table(plus, "env,gen,\"block\",yield,height,,", ", ", "\r", '"')},
       {"semicolons", Table(commas, "env;gen;block;yield;height", ";", "\n\n", 0)},
+      {"tabs and decimal commas", Table(commas, "env\tgen\tblock\tyield\theight", "\t", "\r\n", 0)},
       {"rownames", Table(plots, heading, " ", "\n", '"')}};
   RunJson(sandbox, {"blank.txt", "--no-report"});
   for (const auto& [name, text] : forms) {
@@ -142,6 +143,12 @@ TEST(Trial, ColumnsByNameAndNamesThatNeedCare) {
       RunJson(sandbox, {"t.csv", "--block", "none", "--env", "none", "--traits", "Yield t/ha"});
   EXPECT_EQ(whole["environments"].size(), 1U);
   EXPECT_TRUE(std::filesystem::exists(sandbox.folder / "t.report.html"));
+  // Headings that nobody knows are not taken in silence, nor are commas in numbers.
+  sandbox.Write("fremd.csv", "Ort;Sorte;Wdh;Ertrag\nKöln;a;1;1,5\nKöln;b;1;2\nKöln;a;2;2\nKöln;b;2;4\n");
+  const CommandResult taken = RunCommand(sandbox, {"trial", "fremd.csv"});
+  EXPECT_NE(taken.err.find("first three columns are taken"), std::string::npos) << taken.err;
+  EXPECT_NE(taken.err.find("\"Ertrag\": commas in numbers"), std::string::npos) << taken.err;
+  EXPECT_NE(taken.out.find("\n  K\xc3\xb6ln                     "), std::string::npos) << taken.out;
 }
 
 // Textbook formulas in double beside the summary's figures.
@@ -205,7 +212,7 @@ TEST(Trial, MissingPlots) {
   const CommandResult both = RunCommand(sandbox, {"trial", "all.csv"});
   EXPECT_EQ(both.code, 0);
   EXPECT_NE(both.err.find("yield: 6 missing plots beside other traits"), std::string::npos) << both.err;
-  EXPECT_NE(both.out.find("off by the missing plots"), std::string::npos) << both.out;
+  EXPECT_NE(both.out.find("  all environments      off by the missing plots"), std::string::npos) << both.out;
   for (Plot& plot : plots)
     plot.yield = plot.yield.empty() || plot.yield.find_first_of("0123456789") != 0 ? "-9999" : plot.yield;
   sandbox.Write("mark.txt", Table(plots, "env gen block yield height", " ", "\n", '"'));
@@ -261,6 +268,7 @@ TEST(Trial, WrongTablesAreToldAndLeaveNothing) {
       {"heading only", h, {}, 1, "no row of a plot"},
       {"one word", "yield\n1\n", {}, 1, "one word only: yield"},
       {"no trait", "e g b\n1 2 3\n", {}, 1, "no column for a trait"},
+      {"text only", "e;g;b;y\nA;g1;1;low\nA;g2;1;high\n", {}, 1, "no column has numbers"},
       {"two headings alike", "e,g,b,y,y\nA,a,1,2,3\n", {}, 1, "two columns have the heading \"y\""},
       {"no such trait",
        h + "A,a,1,2\n",

@@ -48,10 +48,12 @@ const VcfCase kCases[] = {
      "missing 1: of a single allele in a population with heterozygous lines"},
     {"doubled haploids may have one allele",
      "P1 P2 a b c",
-     "1 1 . . GT 0/0 1/1 0 1 0/1\n1 2 . . GT 1/1 0/0 0/0 1/1 .\n",
+     "1 1 . . GT 0/0 1/1 0 1 0/1\n1 2 . . GT 1/1 0/0 0/0 1/1 .\n1 3 . . GT 1 0 0 1 0/0\n1 4 . . GT . 1 0 1 "
+     "0/0\n",
      "F1DH",
      {"P1", "P2"},
-     "MAP 3 3 lines\n1_1 A B X\n1_2 B A X\nmissing 1: cannot be in the population"},
+     "MAP 3 3 lines\n1_1 A B X\n1_2 B A X\n1_3 B A B\ndropped 1: a parent has no genotype\nmissing 1: cannot "
+     "be in the population"},
     {"parents stand anywhere, in their order",
      "a P2 b P1",
      "1 1 m . GT 0/0 1/1 1/1 0/0\n",

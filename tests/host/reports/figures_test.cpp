@@ -167,6 +167,39 @@ TEST(MapFigures, StatisticsStandAlongTheGroups) {
   for (const std::string code : {"A", "H", "B"}) EXPECT_EQ(std::count(texts.begin(), texts.end(), code), 1);
 }
 
+TEST(MapFigures, NothingMissingIsToldAsNothing) {
+  SampleMap sample = SampleMapReport({{12, 7}, 20});
+  for (ReportGroup& group : sample.report.groups) {
+    for (ReportMarker& marker : group.markers) marker.missing = 0;
+  }
+  for (ReportLine& line : sample.report.lines) line.crossovers = kNone;
+  const std::vector<Figure> figures = MapFigures(sample.report);
+  EXPECT_NE(Find(figures, "missing").caption.find("mean 0.0 %, highest 0.0 %"), std::string::npos);
+  EXPECT_EQ(Find(figures, "lines").title, "Missing genotypes per line");
+}
+
+TEST(MapFigures, RowsOfShortGroupsTakeLittleRoom) {
+  std::vector<std::size_t> groups(12, 30);
+  groups.resize(24, 6);
+  const SampleMap sample = SampleMapReport({groups, 20});
+  for (const std::string name : {"map_overview", "map_ladder"}) {
+    std::vector<double> axes;  // heights; an axis stands on the left of each row
+    double left = 1e9;
+    const std::vector<Element> lines = Named(MarksOf(MapFigures(sample.report), name), "line");
+    for (const Element& line : lines) left = std::min(left, line.Place("x2"));
+    for (const Element& line : lines) {
+      if (line.Place("x1") == line.Place("x2") && line.Place("x1") < left + 5)
+        axes.push_back(line.Place("y2") - line.Place("y1"));
+    }
+    ASSERT_GE(axes.size(), 2U) << name;
+    std::vector<double> lengths;
+    for (const ReportGroup& group : sample.report.groups) lengths.push_back(group.length);
+    const double scale =
+        *std::max_element(axes.begin(), axes.end()) / *std::max_element(lengths.begin(), lengths.end());
+    EXPECT_LE(axes.back(), *std::max_element(lengths.begin() + 12, lengths.end()) * scale + 0.1) << name;
+  }
+}
+
 TEST(MapFigures, LinesAndSweepAreCounted) {
   const SampleMap sample = SampleMapReport({{12, 7}, 40});
   const std::vector<Figure> figures = MapFigures(sample.report);
