@@ -17,6 +17,7 @@
 #include "host/map_quality.h"
 #include "host/map_report.h"
 #include "host/order_options.h"
+#include "host/precheck.h"
 #include "host/result_files.h"
 #include "host/text.h"
 
@@ -85,22 +86,37 @@ struct Source {
   std::unique_ptr<ScratchFolder> folder;  // of the second kind
 };
 
+// Nothing is wrong with a text but markers that say nothing, as those without any genotype, which can be left out.
+bool OnlyMarkersSayNothing(const std::string& text, TableKind kind, int32_t ruleSet) {
+  const std::vector<Finding> findings = FindFaults(text, ModuleOf(kind), ruleSet);
+  return !findings.empty() && std::all_of(findings.begin(), findings.end(), [](const Finding& finding) {
+    return finding.kind == FindingKind::Marker;
+  });
+}
+
 // Checks the file without its pairs, then writes a file of the markers that are kept.
 std::optional<Source> Cleaned(const InputFile& file, TableKind kind, MapRun& run, LoadResult& load) {
   constexpr int32_t ruleSets[] = {102, 20, 30};  // in the order of TableKind
+  const int32_t ruleSet = ruleSets[static_cast<std::size_t>(kind)];
   BinData data;
-  load = LoadBin(file, ruleSets[static_cast<std::size_t>(kind)], data);
-  if (!load.good) return std::nullopt;
-  const GenotypeTable table = ReadGenotypes(ReadWhole(file.absolute), kind);
+  load = LoadBin(file, ruleSet, data);
+  const std::string text = ReadWhole(file.absolute);
+  if (!load.good && !(run.cleaning.rules.maxMissing && OnlyMarkersSayNothing(text, kind, ruleSet))) {
+    return std::nullopt;
+  }
+  const GenotypeTable table = ReadGenotypes(text, kind);
+  DoubtGenotypes(table, run.warnings);
   run.cleaning = CleanMarkers(table, run.cleaning.rules);
   if (run.cleaning.kept.empty()) {
-    throw Failure{ExitCode::InputWrong, file.given.string() + ": cleaning leaves no marker"};
+    const std::string doubt = run.warnings.empty() ? "" : "; " + run.warnings.front();
+    throw Failure{ExitCode::InputWrong, file.given.string() + ": cleaning leaves no marker" + doubt};
   }
   Source source{file, std::make_unique<ScratchFolder>(std::filesystem::temp_directory_path(), "tessarmont-")};
   const auto path = source.folder->Path() / ("kept" + std::string(ExtensionOf(kind)));
   WriteGenotypes(path, KeptTable(table, run.cleaning));
   source.file = OpenInput(path);
   source.file.given = file.given;
+  if (!load.good && !LoadBin(source.file, ruleSet, data).good) return std::nullopt;
   return source;
 }
 
@@ -192,7 +208,8 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   WriteText(results, kMapTable, MapTable(run));
   if (run.cleaning.rules.Any()) WriteText(results, kDropped, DroppedTable(run.cleaning, run.data.names));
   const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
-  run.warnings = PopulationDoubts(run.data, table);
+  if (!run.cleaning.rules.Any()) DoubtGenotypes(table, run.warnings);  // else done before the cleaning
+  DoubtSegregation(run.data, run.warnings);
   for (std::string& warning : MapWarnings(run.data, run.map)) run.warnings.push_back(std::move(warning));
   for (std::string& warning : QualityWarnings(run.data, run.map, table))
     run.warnings.push_back(std::move(warning));

@@ -49,33 +49,34 @@ void WarnOfLoneMarkers(const MapData& data, const LinkageMap& map, std::vector<s
 }
 
 // "population 4 (RIL)"
-std::string PopulationOfRun(const MapData& data) {
-  return "population " + std::to_string(data.populationType) + " (" +
-         std::string(PopulationWords(data.kind, data.populationType)) + ")";
+std::string PopulationOfRun(TableKind kind, int32_t population) {
+  return "population " + std::to_string(population) + " (" + std::string(PopulationWords(kind, population)) +
+         ")";
 }
+constexpr const char* kAsk = "; is it another one? \"tessarmont populations\" helps to choose";
 
 }  // namespace
 
-std::vector<std::string> PopulationDoubts(const MapData& data, const GenotypeTable& table) {
+void DoubtGenotypes(const GenotypeTable& table, std::vector<std::string>& warnings) {
   constexpr std::size_t oneIn = 10;
-  constexpr int32_t fewest = 10;
-  constexpr const char* ask = "; is it another one? \"tessarmont populations\" helps to choose";
-  std::vector<std::string> doubts;
   const auto missing =
       static_cast<std::size_t>(std::count(table.cells.begin(), table.cells.end(), MissingCell(table.kind)));
   const std::size_t typed = table.cells.size() - missing + table.notShown;
-  if (table.notShown * oneIn > typed) {
-    doubts.push_back(std::to_string(table.notShown) + " of " + std::to_string(typed) +
-                     " genotypes are none of " + PopulationOfRun(data) + " and count as missing" + ask);
-  }
+  if (table.notShown * oneIn <= typed) return;
+  warnings.push_back(std::to_string(table.notShown) + " of " + std::to_string(typed) +
+                     " genotypes are none of " + PopulationOfRun(table.kind, table.populationType) +
+                     " and count as missing" + kAsk);
+}
+
+void DoubtSegregation(const MapData& data, std::vector<std::string>& warnings) {
+  constexpr int32_t fewest = 10;
   int32_t tested = 0;
   for (int32_t m = 1; m <= data.numMarkers; ++m) tested += data.Tested(m) ? 1 : 0;
   const int32_t distorted = DistortedMarkers(data);
-  if (tested >= fewest && 2 * distorted > tested) {
-    doubts.push_back("segregation is distorted (p < 0.01) at " + std::to_string(distorted) + " of " +
-                     std::to_string(tested) + " markers of " + PopulationOfRun(data) + ask);
-  }
-  return doubts;
+  if (tested < fewest || 2 * distorted <= tested) return;
+  warnings.push_back("segregation is distorted (p < 0.01) at " + std::to_string(distorted) + " of " +
+                     std::to_string(tested) + " markers of " +
+                     PopulationOfRun(data.kind, data.populationType) + kAsk);
 }
 
 double Inflation(const MapData& data, const LinkageGroup& group) {

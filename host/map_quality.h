@@ -18,8 +18,9 @@ std::vector<std::string> QualityWarnings(const MapData& data, const LinkageMap& 
                                          const GenotypeTable& table);
 
 // What speaks for another population than the one that the file names: genotypes that it cannot have, above one in
-// ten, or distorted segregation (p < 0.01) at most of ten markers or more.
-std::vector<std::string> PopulationDoubts(const MapData& data, const GenotypeTable& table);
+// ten, and distorted segregation (p < 0.01) at most of ten markers or more.
+void DoubtGenotypes(const GenotypeTable& table, std::vector<std::string>& warnings);
+void DoubtSegregation(const MapData& data, std::vector<std::string>& warnings);
 
 // The sum of the distances between neighbours over that between markers two apart, 1 for places without errors; of
 // the inner places, and 0 for a group with fewer than ten or with gaps.

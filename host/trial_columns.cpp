@@ -19,10 +19,11 @@ constexpr std::string_view kBlockHeads[] = {"block", "blk",  "replicate", "repli
 struct KeyRow {
   std::string_view what, option;
   std::span<const std::string_view> heads;  // by preference
+  bool mayBeNone;
 };
-constexpr KeyRow kKeyRows[kTrialKeys] = {{"environment", "--env", kEnvironmentHeads},
-                                         {"genotype", "--gen", kGenotypeHeads},
-                                         {"block", "--block", kBlockHeads}};
+constexpr KeyRow kKeyRows[kTrialKeys] = {{"environment", "--env", kEnvironmentHeads, true},
+                                         {"genotype", "--gen", kGenotypeHeads, false},
+                                         {"block", "--block", kBlockHeads, true}};
 
 std::string Listed(const Headings& headings) {
   std::string list;
@@ -50,7 +51,7 @@ std::size_t GivenColumn(const Headings& headings, const std::string& name, std::
 }
 
 Column KeyColumn(const Headings& headings, const KeyRow& row, const std::string& given) {
-  if (given == kNoColumn && !ColumnNamed(headings, given)) return std::nullopt;
+  if (row.mayBeNone && given == kNoColumn && !ColumnNamed(headings, given)) return std::nullopt;
   if (!given.empty()) return GivenColumn(headings, given, row.option);
   for (const std::string_view head : row.heads) {
     if (const Column column = ColumnNamed(headings, head)) return column;
@@ -75,11 +76,10 @@ void ChooseKeys(const Headings& headings, const TrialColumns& wanted, ChosenColu
     if (!any) chosen.keys[k] = k;
     if (chosen.keys[k] || !given[k]->empty()) continue;
     const std::string option(kKeyRows[k].option);
-    std::string message =
-        "which column has the " + std::string(kKeyRows[k].what) + " of a plot? Name it with ";
-    message += option + " COLUMN, or say ";
-    message += option + " none; the columns are " + Listed(headings);
-    Refuse(message);
+    std::string message = "which column has the " + std::string(kKeyRows[k].what) +
+                          " of a plot? Name it with " + option + " COLUMN";
+    if (kKeyRows[k].mayBeNone) message += ", or say " + option + " none";
+    Refuse(message + "; the columns are " + Listed(headings));
   }
   for (std::size_t k = 0; k < kTrialKeys; ++k) {
     for (std::size_t j = 0; j < k; ++j) {

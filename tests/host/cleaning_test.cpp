@@ -173,6 +173,25 @@ TEST(Cleaning, SegregationIsTheLibrarysOwn) {
   }
 }
 
+// The library refuses such a file; another fault beside still ends the run.
+TEST(Cleaning, LeavesOutMarkersWithoutAnyGenotype) {
+  const Sandbox sandbox;
+  const std::string head = "3\n2\n2\n4\n6\n", anchors = "m1 0\nm2 0\nm3 0\nm4 0\n";
+  const std::string rows = "m1 A A B B A B\nm2 X X X X X X\nm3 A A B B A B\n";
+  sandbox.Write("empty.map", head + rows + "m4 A A B B B B\n" + anchors);
+  sandbox.Write("worse.map", head + rows + "m4 A A Q B B B\n" + anchors);
+  EXPECT_EQ(RunCommand(sandbox, {"map", "empty.map", "--lod", "1"}).code, 1);
+  const CommandResult kept = RunCommand(sandbox, {"map", "empty.map", "--lod", "1", "--max-missing", "0.9"});
+  EXPECT_EQ(kept.code, 0) << kept.err;
+  EXPECT_EQ(sandbox.Read("empty.dropped.tsv"), "marker\treason\nm2\tmissing 1 above 0.9\n");
+  const CommandResult limit = RunCommand(sandbox, {"map", "empty.map", "--lod", "1", "--max-missing", "1"});
+  EXPECT_EQ(limit.code, 1) << "a share of 1 is not above 1";
+  EXPECT_NE(limit.err.find("empty.map, line 7"), std::string::npos) << limit.err;
+  const CommandResult worse = RunCommand(sandbox, {"map", "worse.map", "--lod", "1", "--max-missing", "0.9"});
+  EXPECT_EQ(worse.code, 1) << worse.out;
+  EXPECT_TRUE(std::filesystem::is_empty(sandbox.scratch));
+}
+
 TEST(Cleaning, FaultsAndEmptyResults) {
   const Sandbox sandbox;
   sandbox.Write("x.map", "3\n2\n2\n2\n4\nm1 A A B B\nm2 A A B\nm1 0\nm2 0\n");

@@ -276,6 +276,15 @@ TEST(Map, DoubtsThePopulation) {
     EXPECT_EQ(result.err.find("is it another one?") != std::string::npos, *words != 0) << row << result.err;
     EXPECT_NE(result.err.find(words), std::string::npos) << result.err;
   }
+  // Judged before the cleaning, which takes what the population cannot show for missing.
+  const Sandbox sandbox;
+  sandbox.Write("x.map", file("4", "AAAAABBBBBAAAAABHHHH"));
+  for (const char* share : {"0.1", "0.9"}) {
+    const CommandResult result = RunCommand(sandbox, {"map", "x.map", "--no-report", "--max-missing", share});
+    EXPECT_EQ(result.code, *(share + 2) == '1' ? 1 : 0) << result.err;
+    EXPECT_NE(result.err.find("40 of 200 genotypes are none of population 4"), std::string::npos)
+        << result.err;
+  }
 }
 
 }  // namespace

@@ -130,6 +130,9 @@ TEST(Trial, ColumnsByNameAndNamesThatNeedCare) {
   EXPECT_NE(unsure.err.find("Name it with --block COLUMN, or say --block none; the columns are plot, note,"),
             std::string::npos)
       << unsure.err;
+  const CommandResult none = RunCommand(sandbox, {"trial", "t.csv", "--block", "none", "--gen", "none"});
+  EXPECT_EQ(none.code, 1);
+  EXPECT_NE(none.err.find("--gen: there is no column \"none\""), std::string::npos) << none.err;
   const nlohmann::json json = RunJson(sandbox, {"t.csv", "--block", "MY REP"});
   EXPECT_EQ(json["columns"]["genotype"], "entry");
   EXPECT_EQ(json["columns"]["environment"], "site");
