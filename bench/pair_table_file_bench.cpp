@@ -56,6 +56,7 @@ void WriteByLibrary(const Table& table) {
 }
 
 void WritePlain(const Table& table) {
+  std::filesystem::remove(FileIn("plain"));  // it is written at its end
   reference::WritePairTablePlain(FileIn("plain"), table.order, table.names, table.values);
 }
 
