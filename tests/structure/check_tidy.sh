@@ -4,7 +4,7 @@
 # usage: check_tidy.sh SOURCE_DIR BUILD_DIR
 set -euo pipefail
 cd "$1"
-python3 - "$2" <<'UNITS' | xargs -P "$(nproc)" -n 2 clang-tidy -p "$2" --quiet 2>/dev/null
+python3 - "$2" <<'UNITS' | xargs -P "$(nproc)" -n 2 clang-tidy -p "$2" --config-file=.clang-tidy --quiet 2>/dev/null
 import json
 import os
 import sys
