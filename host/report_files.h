@@ -27,7 +27,7 @@ inline constexpr const char* kReportExtension = ".report.html";
 // The words of the command line, the program's name first.
 void KeepArguments(int count, char** arguments);
 
-// The part that every report has. The inputs are read for their checksums. Failure: Other.
+// What every report has. The inputs are read for their checksums. Failure: Other.
 reports::RunFacts RunFactsOf(std::string title, std::string kind, const std::vector<std::string>& inputs);
 // Final names of the results that wait to be published.
 std::vector<std::string> Waiting(const ResultFiles& results);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "recombination/four_rows.h"
 #include "recombination/lane_math.h"
 #include "recombination/map_functions.h"
 
@@ -69,13 +70,8 @@ inline FourKnown Load4(const ParentTables& tables, const Whole4& place) {
   for (size_t t = 0; t < kFour; ++t) {
     std::memcpy(&e[t], &tables.known[static_cast<size_t>(place[t])], sizeof e[t]);
   }
-  const Float4 low0 = __builtin_shufflevector(e[0], e[1], 0, 4, 1, 5),
-               low1 = __builtin_shufflevector(e[2], e[3], 0, 4, 1, 5),
-               high0 = __builtin_shufflevector(e[0], e[1], 2, 6, 3, 7),
-               high1 = __builtin_shufflevector(e[2], e[3], 2, 6, 3, 7);
-  return {__builtin_shufflevector(low0, low1, 0, 1, 4, 5), __builtin_shufflevector(low0, low1, 2, 3, 6, 7),
-          __builtin_shufflevector(high0, high1, 0, 1, 4, 5),
-          __builtin_shufflevector(high0, high1, 2, 3, 6, 7)};
+  const auto [rec, lod, distance, folded] = Transposed(e);
+  return {rec, lod, distance, folded};
 }
 
 inline void StoreSeen(float* to, const Mask<Float4>& seen, const Float4& value, float empty) {

@@ -26,7 +26,7 @@ struct RowPart {
   size_t stores;
 };
 
-// The part into the row that begins with pair `first` of the results; the phases follow from the frequencies.
+// Goes into the row that begins with pair `first` of the results; the phases follow from the frequencies.
 void WriteRow(Level level, const RowPart& part, const ClonalPairResults& results, size_t first);
 
 }  // namespace recombination

@@ -4,6 +4,7 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #if defined(__x86_64__)
@@ -31,6 +32,17 @@ inline constexpr int kLanes = static_cast<int>(sizeof(R) / sizeof(float));
 typedef float Float4 __attribute__((vector_size(16)));
 typedef float Float8 __attribute__((vector_size(32)));
 typedef float Float16 __attribute__((vector_size(64)));
+
+template <class R>
+inline R LoadLanes(const float* from) {
+  R value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+template <class R>
+inline void StoreLanes(float* to, const R& value) {
+  std::memcpy(to, &value, sizeof value);
+}
 
 // Half the lanes of a vector, in float, in double, and the bits of these.
 template <int kLaneCount>

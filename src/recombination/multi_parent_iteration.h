@@ -22,17 +22,6 @@ struct alignas(R) MixLanes {
   uint32_t tick, oldest, busy;  // no lane began before the oldest tick; a bit a lane
 };
 
-template <class R>
-inline R LoadLanes(const float* from) {
-  R value;
-  std::memcpy(&value, from, sizeof value);
-  return value;
-}
-template <class R>
-inline void StoreLanes(float* to, const R& value) {
-  std::memcpy(to, &value, sizeof value);
-}
-
 inline constexpr uint32_t kMostIterations = 1000;
 inline constexpr size_t kOpenRoom = kMostMixes / 2;  // a mix has two cells or more
 

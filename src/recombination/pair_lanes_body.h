@@ -8,17 +8,6 @@
 
 namespace recombination {
 
-template <class R>
-inline R Load(const float* from) {
-  R value;
-  std::memcpy(&value, from, sizeof value);
-  return value;
-}
-template <class R>
-inline void Store(float* to, const R& value) {
-  std::memcpy(to, &value, sizeof value);
-}
-
 // estimate(table, n, rec, lod) gives the better phase of the tables of one vector.
 template <class R, class F>
 inline void EstimateAll(const LaneJob& job, F estimate) {
@@ -26,7 +15,7 @@ inline void EstimateAll(const LaneJob& job, F estimate) {
     R table[9];
     R n{};
     for (size_t k = 0; k < 9; ++k) {
-      table[k] = Load<R>(job.cells + k * job.stride + at);
+      table[k] = LoadLanes<R>(job.cells + k * job.stride + at);
       n = n + table[k];
     }
     R rec, lod;
@@ -34,10 +23,10 @@ inline void EstimateAll(const LaneJob& job, F estimate) {
     const Mask<R> seen = n > 0.0f;
     rec = Select<R>(seen, rec, Splat<R>(0.5f));
     lod = Select<R>(seen & Not<R>(lod < 0.0f), lod, R{});
-    Store<R>(job.rec + at, rec);
-    Store<R>(job.lod + at, lod);
+    StoreLanes<R>(job.rec + at, rec);
+    StoreLanes<R>(job.lod + at, lod);
     const R shown = job.phases == Phases::Repulsion ? 1.0f - rec : rec;
-    Store<R>(job.distance + at, DistanceOf<R>(job.mappingFunction, shown));
+    StoreLanes<R>(job.distance + at, DistanceOf<R>(job.mappingFunction, shown));
   }
 }
 

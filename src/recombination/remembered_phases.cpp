@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 
+#include "recombination/four_rows.h"
 #include "recombination/lane_math.h"
 #include "recombination/pair_lanes.h"
 #include "recombination/population_table.h"
@@ -63,13 +64,8 @@ struct Estimates {
 inline Estimates At(const std::vector<PhaseEstimate>& known, const Count4& slot) {
   std::array<Float4, kFour> e;
   for (size_t t = 0; t < kFour; ++t) std::memcpy(&e[t], &known[slot[t]], sizeof e[t]);
-  const Float4 low0 = __builtin_shufflevector(e[0], e[1], 0, 4, 1, 5),
-               low1 = __builtin_shufflevector(e[2], e[3], 0, 4, 1, 5),
-               high0 = __builtin_shufflevector(e[0], e[1], 2, 6, 3, 7),
-               high1 = __builtin_shufflevector(e[2], e[3], 2, 6, 3, 7);
-  return {__builtin_bit_cast(Whole4, Float4(__builtin_shufflevector(low0, low1, 0, 1, 4, 5))),
-          __builtin_shufflevector(low0, low1, 2, 3, 6, 7), __builtin_shufflevector(high0, high1, 0, 1, 4, 5),
-          __builtin_shufflevector(high0, high1, 2, 3, 6, 7)};
+  const auto [tag, rec, lod, distance] = Transposed(e);
+  return {__builtin_bit_cast(Whole4, tag), rec, lod, distance};
 }
 
 // The better phase of each lane.

@@ -22,7 +22,7 @@ std::vector<Element> Marks(const std::string& svg);
 std::vector<Element> Named(const std::vector<Element>& marks, const std::string& name);
 std::vector<std::string> Texts(const std::vector<Element>& marks);
 
-// Pairs of coordinates behind each "M" of the paths whose attribute holds the part.
+// Pairs of coordinates behind each "M" of the paths whose attribute holds that text.
 struct Place {
   double x, y;
 };
