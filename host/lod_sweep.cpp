@@ -4,11 +4,13 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <numeric>
 
 namespace host {
 namespace {
 
 constexpr float kFineUpTo = 10, kCoarseUpTo = 20;
+constexpr int32_t kFewAlone = 20;
 constexpr float kOpenEnd = 10;  // how far above the strongest link a cut is looked for
 
 SweepRow RowAt(std::span<const int32_t> anchors, std::span<const Join> joins, float lod) {
@@ -43,6 +45,23 @@ Sizes AtStart(std::span<const int32_t> anchors) {
     sizes.size[root] = static_cast<int32_t>(group.markers.size());
   }
   return sizes;
+}
+
+// Neighbouring rows with one number of groups, from the lowest to the highest cut.
+struct CutRun : CutRange {
+  int32_t alone = 0;  // markers in no group, at the highest
+};
+std::vector<CutRun> RunsOf(const std::vector<SweepRow>& rows, int32_t minGroup) {
+  std::vector<CutRun> runs;
+  for (const SweepRow& row : rows) {
+    const std::vector<int32_t> large = LargeSizes(row, minGroup);
+    const auto groups = static_cast<int32_t>(large.size());
+    if (runs.empty() || runs.back().groups != groups) runs.push_back({{row.lod, row.lod, groups}, 0});
+    runs.back().high = row.lod;
+    runs.back().alone = std::accumulate(row.sizes.begin(), row.sizes.end(), row.single) -
+                        std::accumulate(large.begin(), large.end(), 0);
+  }
+  return runs;
 }
 
 float Width(const CutRange& range) { return std::min(range.high, range.low + kOpenEnd) - range.low; }
@@ -86,6 +105,21 @@ std::vector<CutRange> CutRanges(std::span<const int32_t> anchors, std::span<cons
   }
   if (high > kLeastCut) ranges.push_back({kLeastCut, high, groups});
   return ranges;
+}
+
+std::optional<CutRange> SteadierRange(const std::vector<SweepRow>& rows, float lod, int32_t minGroup) {
+  const std::vector<CutRun> runs = RunsOf(rows, minGroup);
+  const auto own = std::find_if(runs.begin(), runs.end(), [&](const CutRun& run) { return lod <= run.high; });
+  if (own == runs.end()) return std::nullopt;
+  const SweepRow& first = rows.front();
+  const int32_t markers = std::accumulate(first.sizes.begin(), first.sizes.end(), first.single);
+  auto steadier = own;
+  for (auto run = own; run != runs.end(); ++run) {
+    const bool longer = run->high - run->low > steadier->high - steadier->low;
+    if (longer && run->groups > own->groups && (run->alone - own->alone) * kFewAlone <= markers)
+      steadier = run;
+  }
+  return steadier == own ? std::nullopt : std::optional<CutRange>(*steadier);
 }
 
 std::optional<CutRange> RangeFor(const std::vector<CutRange>& ranges, int32_t groups) {

@@ -33,6 +33,11 @@ struct CutRange {
 std::vector<CutRange> CutRanges(std::span<const int32_t> anchors, std::span<const Join> joins,
                                 int32_t minGroup);
 
+// The longest run of cuts above `lod` that gives one number of groups, where that is more than `lod` gives, the run
+// is longer than that of `lod` itself, and few more markers than there (one in twenty) stand alone: what speaks for
+// groups that links of chance have joined.
+std::optional<CutRange> SteadierRange(const std::vector<SweepRow>& rows, float lod, int32_t minGroup);
+
 // The widest range that gives so many groups; the higher one of equals.
 std::optional<CutRange> RangeFor(const std::vector<CutRange>& ranges, int32_t groups);
 // A cut in the middle of a range, with two decimals where they lie within it.

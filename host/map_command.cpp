@@ -210,6 +210,7 @@ void MakeMap(const MapOptions& options, const Source& source, const ResultFiles&
   const GenotypeTable table = ReadGenotypes(ReadWhole(source.file.absolute), run.data.kind);
   if (!run.cleaning.rules.Any()) DoubtGenotypes(table, run.warnings);  // else done before the cleaning
   DoubtSegregation(run.data, run.warnings);
+  if (options.groups == 0) DoubtCut(run.sweep, run.thresholds.minLod, run.minGroup, run.warnings);
   for (std::string& warning : MapWarnings(run.data, run.map)) run.warnings.push_back(std::move(warning));
   for (std::string& warning : QualityWarnings(run.data, run.map, table))
     run.warnings.push_back(std::move(warning));

@@ -79,6 +79,17 @@ void DoubtSegregation(const MapData& data, std::vector<std::string>& warnings) {
                      PopulationOfRun(data.kind, data.populationType) + kAsk);
 }
 
+void DoubtCut(const std::vector<SweepRow>& sweep, float lod, int32_t minGroup,
+              std::vector<std::string>& warnings) {
+  const auto steadier = SteadierRange(sweep, lod, minGroup);
+  if (!steadier) return;
+  warnings.push_back("fewer groups at LOD " + Significant(Plain(lod)) + " than the " +
+                     std::to_string(steadier->groups) + " at every cut from " +
+                     Significant(Plain(steadier->low)) + " to " + Significant(Plain(steadier->high)) +
+                     ": links of chance may have joined some; \"--groups " +
+                     std::to_string(steadier->groups) + "\" parts them, \"--sweep\" shows all cuts");
+}
+
 double Inflation(const MapData& data, const LinkageGroup& group) {
   const auto& places = group.places;
   if (places.size() < kPlacesToJudge || group.gaps > 0) return 0;

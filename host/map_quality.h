@@ -5,6 +5,7 @@
 
 #include "host/genotype_table.h"
 #include "host/linkage_map.h"
+#include "host/lod_sweep.h"
 #include "host/marker_data.h"
 
 namespace host {
@@ -21,6 +22,10 @@ std::vector<std::string> QualityWarnings(const MapData& data, const LinkageMap& 
 // ten, and distorted segregation (p < 0.01) at most of ten markers or more.
 void DoubtGenotypes(const GenotypeTable& table, std::vector<std::string>& warnings);
 void DoubtSegregation(const MapData& data, std::vector<std::string>& warnings);
+
+// Says where a higher cut parts groups that chance may have joined: more of them, and steadily.
+void DoubtCut(const std::vector<SweepRow>& sweep, float lod, int32_t minGroup,
+              std::vector<std::string>& warnings);
 
 // The sum of the distances between neighbours over that between markers two apart, 1 for places without errors; of
 // the inner places, and 0 for a group with fewer than ten or with gaps.

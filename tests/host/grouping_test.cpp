@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include "host/linkage_map.h"
+#include "host/lod_sweep.h"
 #include "host/marker_data.h"
 
 namespace host {
@@ -100,6 +103,43 @@ TEST(Placing, SumsIntervalsAndKeepsGapsOutOfTheLength) {
   EXPECT_EQ(intervals, (std::vector<float>{0, 10.5F, 1000, 20}));
   EXPECT_EQ(group.length, 30.5);
   EXPECT_EQ(group.gaps, 1);
+}
+
+// Rows at LOD 1, 2, 3, ...: sizes of the groups, of ten markers.
+TEST(Sweep, ACutBelowASteadierRunIsToldOf) {
+  using Sizes = std::vector<std::vector<int32_t>>;
+  const struct {
+    const char* what;
+    Sizes sizes;
+    float lod;
+    int32_t minGroup;
+    std::optional<std::pair<float, float>> run;
+  } cases[] = {
+      {"joined at the cut", {{10}, {10}, {5, 5}, {5, 5}, {5, 5}}, 2, 2, {{3, 5}}},
+      {"between two rows", {{10}, {10}, {5, 5}, {5, 5}, {5, 5}}, 1.5F, 2, {{3, 5}}},
+      {"within the run", {{10}, {10}, {5, 5}, {5, 5}, {5, 5}}, 3, 2, {}},
+      {"above it", {{5, 5}, {5, 5}, {5, 5}, {10}}, 4, 2, {}},
+      {"above all rows", {{10}, {5, 5}, {5, 5}}, 9, 2, {}},
+      {"a run no longer than its own", {{10}, {10}, {5, 5}, {5, 5}, {4, 4, 2}}, 1, 2, {}},
+      {"the longest of several", {{10}, {6, 4}, {6, 4}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 2, {{4, 6}}},
+      {"groups that fall apart", {{10}, {5, 3}, {5, 3}, {5, 3}}, 1, 2, {}},
+      {"small groups do not count", {{8, 2}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 3, {{2, 4}}},
+      {"markers in small groups stand alone", {{10}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 3, {}},
+      {"no row", {}, 3, 2, {}},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.what);
+    std::vector<SweepRow> rows;
+    for (const auto& sizes : test.sizes) {
+      const int32_t single = 10 - std::accumulate(sizes.begin(), sizes.end(), 0);
+      rows.push_back({static_cast<float>(rows.size() + 1), sizes, single});
+    }
+    const auto found = SteadierRange(rows, test.lod, test.minGroup);
+    ASSERT_EQ(found.has_value(), test.run.has_value());
+    if (found) {
+      EXPECT_EQ(std::pair(found->low, found->high), *test.run);
+    }
+  }
 }
 
 }  // namespace

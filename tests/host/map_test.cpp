@@ -120,6 +120,18 @@ TEST(Map, RecoversPublishedMaps) {
   }
 }
 
+// At the LOD of default, chance joins some of five chromosomes.
+TEST(Map, DoubtsACutThatJoinsWhatHigherCutsPart) {
+  const Sandbox sandbox;
+  const std::string input = (std::filesystem::path(EXAMPLES_DIR) / "multitrait.map").string();
+  const char* const doubt = "fewer groups at LOD 3 than the 5 at every cut from 6 to 17:";
+  EXPECT_NE(RunCommand(sandbox, {"map", input, "-o", "x"}).err.find(doubt), std::string::npos);
+  for (const char* option : {"--lod=6", "--groups=3"}) {
+    EXPECT_EQ(RunCommand(sandbox, {"map", input, "-o", "x", option}).err.find("fewer groups"),
+              std::string::npos);
+  }
+}
+
 TEST(Map, OriginIsTheEndThatStandsFirstInTheFile) {
   const Sandbox sandbox;
   const std::string text = MapFileText({.markersPerChromosome = {9}});
