@@ -1,5 +1,4 @@
 // Pairs of the clonal F1 and the double cross, equal to the bit.
-#include <array>
 #include <vector>
 
 #include "bench/side_by_side.h"
@@ -9,25 +8,9 @@
 
 namespace {
 
-struct Tables {
-  explicit Tables(size_t pairs) : phase(pairs, 9) { real.fill(std::vector<float>(pairs)); }
-  recombination::ClonalPairResults Places() {
-    return {{real[0].data(), real[1].data(), real[2].data()},
-            {real[3].data(), real[4].data(), real[5].data()},
-            {real[6].data(), real[7].data(), real[8].data()},
-            phase.data()};
-  }
-  std::array<std::vector<float>, 9> real;
-  std::vector<int32_t> phase;
-};
-
-// All bits, every not-a-number alike.
-bool Same(const Tables& a, const Tables& b) {
+bool Same(const reference::ClonalResults& a, const reference::ClonalResults& b) {
   for (size_t k = 0; k < a.real.size(); ++k) {
-    for (size_t p = 0; p < a.phase.size(); ++p) {
-      const float x = a.real[k][p], y = b.real[k][p];
-      if (x != y && (x == x || y == y)) return false;
-    }
+    if (!bench::SameBits(a.real[k], b.real[k])) return false;
   }
   return a.phase == b.phase;
 }
@@ -36,17 +19,13 @@ struct Row {
   int32_t population, markers;
 };
 struct Work {
-  explicit Work(const Row& row) : plain(Pairs(row)), fast(Pairs(row)) {
+  explicit Work(const Row& row) : plain(row.markers), fast(row.markers) {
     reference::ParentsPlan plan;
     plan.population = row.population;
     plan.markers = row.markers;
     plan.missing = 0.05;
     cross = reference::SimulateClonal(plan);
     data = {row.population, 1, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()};
-  }
-  static size_t Pairs(const Row& row) {
-    const auto n = static_cast<size_t>(row.markers);
-    return n * (n - 1) / 2;
   }
   void Plain() {
     stats::RestoreGenerator(generator);
@@ -61,7 +40,7 @@ struct Work {
   reference::ParentsCross cross;
   recombination::Genotypes data;
   decltype(stats::SaveGenerator()) generator = stats::SaveGenerator();
-  Tables plain, fast;
+  reference::ClonalResults plain, fast;
 };
 
 }  // namespace

@@ -7,11 +7,15 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
+#include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -21,11 +25,25 @@ struct Bar {
   double must = 0, aim = 0;
 };
 
+// Every not-a-number is like another.
+inline bool SameBits(const std::vector<float>& a, const std::vector<float>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
+    return std::bit_cast<uint32_t>(x) == std::bit_cast<uint32_t>(y) || (std::isnan(x) && std::isnan(y));
+  });
+}
+
 template <class F>
 double Seconds(F body) {
   const auto start = std::chrono::steady_clock::now();
   body();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// One run of the library. What a case has to do before each, such as to remove results of the run before, is not timed.
+template <class Work>
+double LibrarySeconds(Work& work) {
+  if constexpr (requires { work.Prepare(); }) work.Prepare();
+  return Seconds([&] { work.Library(); });
 }
 
 template <class Work>
@@ -49,14 +67,14 @@ void Add(const std::string& name, const Row& row, double size, Bar bar) {
                                [name, row, size, bar](benchmark::State& state) {
                                  Work work(row);
                                  const double plain = PlainSeconds(work);
-                                 double library = Seconds([&] { work.Library(); });
+                                 double library = LibrarySeconds(work);
                                  if (!work.Same()) {
                                    std::fprintf(stderr, "%s: the answers differ\n", name.c_str());
                                    std::abort();
                                  }
                                  for (auto unused : state) {
                                    (void)unused;
-                                   const double once = Seconds([&] { work.Library(); });
+                                   const double once = LibrarySeconds(work);
                                    state.SetIterationTime(once);
                                    library = std::min(library, once);
                                  }

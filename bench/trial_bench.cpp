@@ -184,6 +184,13 @@ struct LargeStage {
     }
   }
   void Plain() { sum = BytesAndNumbers(); }
+  void Prepare() {
+    for (const char* extension : kExtensions) {
+      if (row.stage == Stage::Whole) std::filesystem::remove(std::string("large") + extension);
+    }
+    std::filesystem::remove("stage.out");
+    std::filesystem::remove("stage.pcp");
+  }
   void Library() {
     platform::OpenUnit(kOut, "stage.out", platform::OpenStatus::Replace);
     if (row.stage == Stage::Whole) platform::CloseUnit(kOut);

@@ -21,8 +21,8 @@ namespace {
 
 using namespace recombination;
 
+using reference::ClonalResults;
 using tests::ExpectSameOnEveryLevel;
-using tests::Tables;
 
 TEST(ClonalPairs, EqualThePlainLoop) {
   uint32_t seed = 0;
@@ -120,7 +120,7 @@ TEST(ClonalPairs, TableOfCases) {
   for (const PairCase& c : cases) {
     const std::string genotype = c.first + c.second;
     const int32_t category[2] = {c.firstCategory, c.secondCategory};
-    Tables t(2);
+    ClonalResults t(2);
     ComputeClonalPairs({c.population, 2, static_cast<int32_t>(c.first.size()), 2, category, genotype.data()},
                        t.Places());
     const float expected[6] = {c.rec1, c.rec2, c.mean, c.lod1, c.lod2, c.lodMean};
@@ -166,7 +166,7 @@ TEST(ClonalPairs, MeanFollowsThePhasesFound) {
     const int32_t category[2] = {1, 4};
     const std::string first = letters.substr(0, lines), second = letters.substr(lines);
     for (const int32_t population : {1, 2}) {
-      Tables t(2);
+      ClonalResults t(2);
       ComputeClonalPairs({population, 1, static_cast<int32_t>(lines), 2, category, letters.data()},
                          t.Places());
       const auto p1 = static_cast<double>(t.real[0][0]), p2 = static_cast<double>(t.real[1][0]);
@@ -208,7 +208,7 @@ TEST(ClonalPairs, RunsThatDoNotSettle) {
     const std::string genotype = c.first + c.second;
     const int32_t category[2] = {c.firstCategory, c.secondCategory};
     const Genotypes data = {2, 1, static_cast<int32_t>(c.first.size()), 2, category, genotype.data()};
-    Tables t(2);
+    ClonalResults t(2);
     ComputeClonalPairs(data, t.Places());
     ExpectNear(t.real[0][0], c.rec1, c.rule, "rec1");
     ExpectNear(t.real[1][0], c.rec2, c.rule, "rec2");
@@ -262,7 +262,7 @@ TEST(ClonalPairs, EqualTheGametesOfTheCross) {
   for (const int32_t population : {1, 2}) {
     const reference::ParentsPlan plan = {population, 120, 60, 0.05, 1, 2, 0.06, 23};
     const auto cross = reference::SimulateClonal(plan);
-    Tables t(plan.markers);
+    ClonalResults t(plan.markers);
     ComputeClonalPairs(
         {population, 2, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()}, t.Places());
     for (int32_t i = 2; i <= plan.markers; ++i) {
@@ -304,7 +304,7 @@ TEST(ClonalPairs, DrawsOnceForEveryPairOfIntercrossMarkers) {
       const bool swapped = stats::UniformDraw() > 0.5f;
       const float next = stats::UniformDraw();
       stats::RestoreGenerator(now);
-      Tables t(2);
+      ClonalResults t(2);
       ComputeClonalPairs({1, 1, 16, 2, category, genotype.data()}, t.Places());
       if (genotype == mixed) {
         EXPECT_EQ(t.phase[0], swapped ? 3 : 2);
@@ -313,7 +313,7 @@ TEST(ClonalPairs, DrawsOnceForEveryPairOfIntercrossMarkers) {
         EXPECT_EQ(t.phase[0], 1);
       }
       EXPECT_EQ(stats::UniformDraw(), next);
-      Tables none(2);
+      ClonalResults none(2);
       const stats::GeneratorState after = stats::SaveGenerator();
       ComputeClonalPairs({2, 1, 16, 2, category, genotype.data()}, none.Places());
       EXPECT_EQ(stats::SaveGenerator().first, after.first) << "a double cross draws nothing";
@@ -361,7 +361,7 @@ TEST(ClonalTruth, EstimatesRecoverFrequencyAndPhase) {
   for (const int32_t population : {1, 2}) {
     reference::ParentsPlan plan = {population, 500, 300, 0, 1, 1, 0.1, 11};
     const auto cross = reference::SimulateClonal(plan);
-    Tables t(plan.markers);
+    ClonalResults t(plan.markers);
     ComputeClonalPairs(
         {population, 2, plan.lines, plan.markers, cross.category.data(), cross.genotype.data()}, t.Places());
     double sum[2] = {};
