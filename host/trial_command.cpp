@@ -169,6 +169,8 @@ ExitCode RunTrial(const TrialOptions& options) {
   PlanRuns(options.eachTrait, session);
   JudgeTraits(options.skipBadTraits, session);
   const ResultFiles results = OpenTrialResults(options, session);
+  if (std::string words = RepeatedRows(session.table); !words.empty())
+    session.warnings.push_back(std::move(words));
   for (TrialRun& run : session.runs) {
     RunTrialAnalysis(results, session.classes, run);
     for (std::string& warning : TrialWarnings(run)) session.warnings.push_back(std::move(warning));

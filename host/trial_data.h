@@ -49,6 +49,10 @@ TrialInput ReadTrial(const std::filesystem::path& path, const TrialColumns& colu
 // These traits (places from 0) and the plots that have a value of one of them at least.
 TrialData Selected(const TrialData& data, const std::vector<std::size_t>& traits);
 
+// Plots that an earlier one equals in environment, genotype, block and all values, of which one at least is there;
+// ascending.
+std::vector<std::size_t> RepeatedPlots(const TrialData& data);
+
 // A trait's plots as the analysis counts them.
 struct TraitFacts {
   struct AtEnvironment {

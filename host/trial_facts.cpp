@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <unordered_map>
 
 #include "host/text.h"
 #include "host/trial_data.h"
@@ -10,7 +12,8 @@ namespace host {
 namespace {
 
 constexpr float kNoValue = -100.0F;  // which its whole-trait statistics pass over
-constexpr std::size_t kShown = 3;    // environments named in a message
+constexpr uint32_t kAnyMissing = 0x7fc00000;
+constexpr std::size_t kShown = 3;  // environments named in a message
 constexpr int32_t kMostPlots =
     1 << 23;  // of an environment: beyond, the last normal quantile has probability 1
 
@@ -72,6 +75,40 @@ std::vector<int32_t> MarkedPlaces(const std::vector<char>& marks) {
 }
 
 }  // namespace
+
+std::vector<std::size_t> RepeatedPlots(const TrialData& data) {
+  const auto bits = [](float value) {
+    return std::isnan(value) ? kAnyMissing : std::bit_cast<uint32_t>(value);
+  };
+  const auto same = [&](std::size_t a, std::size_t b) {
+    return data.environment[a] == data.environment[b] && data.genotype[a] == data.genotype[b] &&
+           data.block[a] == data.block[b] &&
+           std::all_of(data.values.begin(), data.values.end(),
+                       [&](const std::vector<float>& values) { return bits(values[a]) == bits(values[b]); });
+  };
+  std::vector<std::size_t> repeated;
+  std::unordered_multimap<uint64_t, std::size_t> met;
+  met.reserve(data.Plots());
+  for (std::size_t p = 0; p < data.Plots(); ++p) {
+    uint64_t hash = 0;
+    const auto mix = [&](uint32_t part) { hash = (hash ^ part) * 0x9e3779b97f4a7c15ULL, hash ^= hash >> 29; };
+    for (const auto* key : {&data.environment, &data.genotype, &data.block})
+      mix(static_cast<uint32_t>((*key)[p]));
+    bool any = false;
+    for (const std::vector<float>& values : data.values) {
+      mix(bits(values[p]));
+      any = any || !std::isnan(values[p]);
+    }
+    if (!any) continue;
+    const auto [from, to] = met.equal_range(hash);
+    if (std::any_of(from, to, [&](const auto& one) { return same(one.second, p); })) {
+      repeated.push_back(p);
+    } else {
+      met.emplace(hash, p);
+    }
+  }
+  return repeated;
+}
 
 TrialData Selected(const TrialData& data, const std::vector<std::size_t>& traits) {
   TrialData selected;

@@ -218,6 +218,25 @@ std::string KeysText(const TrialInput& table) {
   return text;
 }
 
+std::string RepeatedRows(const TrialInput& table) {
+  constexpr std::size_t shown = 3;
+  const TrialData& data = table.data;
+  // One figure without a block may well come twice.
+  if (table.keys[2].empty() && data.traits.size() < 2) return {};
+  std::vector<std::string> names;
+  for (const std::size_t p : RepeatedPlots(data)) {
+    std::string name = data.genotypes[At(data.genotype[p])];
+    if (!table.keys[2].empty())
+      name += " in block " + data.blocks[At(data.environment[p])][At(data.block[p])];
+    if (!table.keys[0].empty()) name += " at " + data.environments[At(data.environment[p])];
+    names.push_back(std::move(name));
+  }
+  if (names.empty()) return {};
+  return Counted(static_cast<int64_t>(names.size()), "row") + (names.size() == 1 ? " repeats" : " repeat") +
+         " an earlier row, values and all (" + FirstNames(names, shown) +
+         "); each counts as a plot of its own";
+}
+
 std::vector<std::string> TrialWarnings(const TrialRun& run) {
   std::vector<std::string> warnings;
   for (std::size_t t = 0; t < run.data.traits.size(); ++t) {

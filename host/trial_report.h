@@ -17,6 +17,9 @@ struct TrialSession {
   std::vector<std::string> warnings, written;
 };
 
+// What speaks for rows that were copied twice into the table; empty for none.
+std::string RepeatedRows(const TrialInput& table);
+
 // Genotypes of a trait, best first. The library's predictions where every genotype was in every environment
 // and all are numbers; else the grand mean plus the mean deviation from the means of the genotype's own
 // environments.

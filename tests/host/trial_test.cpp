@@ -251,6 +251,39 @@ TEST(Trial, RankingOfUnbalancedGenotypes) {
   EXPECT_NE(json["warnings"].dump().find("count them as -100"), std::string::npos);
 }
 
+TEST(Trial, RowsThatStandTwiceAreToldOf) {
+  const std::string rows =
+      "a,w1,c1,1,5,7\na,w1,c2,2,4,8\na,w1,c3,3,4,9\nb,w1,c1,1,6,9\nb,w1,c2,2,3,6\nb,w1,c3,3,5,5\n"
+      "a,w2,c1,1,5,7\na,w2,c2,2,5,\na,w2,c3,3,3,6\nb,w2,c1,1,4,6\nb,w2,c2,2,6,5\nb,w2,c3,3,2,9\n";
+  const struct {
+    const char *added, *words;
+    std::vector<std::string> arguments;
+  } cases[] = {
+      {"a,w1,c1,1,5,7\n", "1 row repeats an earlier row, values and all (a in block 1 at w1)", {}},
+      {"a,w2,c2,2,5,NA\na,w2,c2,2,5,\nb,w2,c1,1,4,6\n",
+       "3 rows repeat an earlier row, values and all (a in block 2 at w2, a in block 2 at w2, b in block 1 "
+       "at w2)",
+       {}},
+      {"a,w1,c1,2,5,7\na,w1,c1,1,5,8\n", nullptr, {}},                     // block, a value
+      {"a,w1,c1,1,,\na,w1,c1,1,,\n", nullptr, {}},                         // nothing measured
+      {"a,w1,c1,1,5,7\n", nullptr, {"--block", "none", "--traits", "y"}},  // may come by chance
+      {"a,w1,c1,1,5,7\n", "(a at w1)", {"--block", "none", "--traits", "y,z"}},
+  };
+  for (const auto& test : cases) {
+    SCOPED_TRACE(test.added);
+    const Sandbox sandbox;
+    sandbox.Write("t.csv", "gen,env,col,rep,y,z\n" + rows + test.added);
+    std::vector<std::string> arguments = {"t.csv", "--no-report"};
+    arguments.insert(arguments.end(), test.arguments.begin(), test.arguments.end());
+    const std::string warnings = RunJson(sandbox, arguments)["warnings"].dump();
+    if (test.words == nullptr) {
+      EXPECT_EQ(warnings.find("an earlier row"), std::string::npos) << warnings;
+    } else {
+      EXPECT_NE(warnings.find(test.words), std::string::npos) << warnings;
+    }
+  }
+}
+
 struct WrongTable {
   std::string name, text;
   std::vector<std::string> arguments;
