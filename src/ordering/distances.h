@@ -11,17 +11,27 @@ namespace ordering {
 
 using City = std::int32_t;  // 1..n, the row of the city in the distance table
 
-// The two layouts of a distance table. Both are asked as rows(a, b), in any order of two different cities.
+// The two layouts of a distance table. Both are asked as rows(a, b), in any order of two different cities, or
+// as rows.From(a) for many distances of one city.
 struct DenseRows {
   const float* base;  // n rows of n
   std::size_t n;
-  float operator()(City a, City b) const {
-    return base[(static_cast<std::size_t>(a) - 1) * n + (static_cast<std::size_t>(b) - 1)];
-  }
+  struct Row {
+    const float* of;  // city 1
+    float operator()(City b) const { return of[b - 1]; }
+  };
+  Row From(City a) const { return {base + (static_cast<std::size_t>(a) - 1) * n}; }
+  float operator()(City a, City b) const { return From(a)(b); }
 };
 struct TriangleRows {
   const float* base;  // pair array, in the order of PairIndex
-  float operator()(City a, City b) const { return base[recombination::PairIndex(a, b) - 1]; }
+  struct Row {
+    const float* base;
+    City a;
+    float operator()(City b) const { return base[recombination::PairIndex(a, b) - 1]; }
+  };
+  Row From(City a) const { return {base, a}; }
+  float operator()(City a, City b) const { return From(a)(b); }
 };
 
 // What one call of the driver or of a kernel prepares from its distance table.

@@ -121,34 +121,56 @@ bool IsTop(const TopEdges& top, std::int32_t p) {
   return p == top.place[1] || p == top.place[2] || p == top.place[3] || p == top.place[4];
 }
 
-// Whether an added edge at p can be so short that p starts a ring of `count` removed edges in case A.
+// Whether the list of near cities ends before the limit.
 template <class Rows>
-bool MayGain(const Search<Rows>& s, std::int32_t p, int count) {
-  const float nearest = std::min(s.Nearest(s.tour.city[p]), s.Nearest(s.tour.city[p + 1]));
-  return nearest < s.tour.edge[p] - s.BoundA() / static_cast<float>(count);
+bool IsFar(const Search<Rows>& s, City c, float limit) {
+  return s.Nearest(c) < limit && limit > s.d.reach[c];
+}
+
+// Case A of two edges, edge p with every other: dearer than lists of near cities, cheaper than making such.
+template <class Rows>
+void PairsWithAll(Search<Rows>& s, std::int32_t p) {
+  const City* const city = s.tour.city.data();
+  const float* const edge = s.tour.edge.data();
+  const auto fromA = s.rows.From(city[p]), fromB = s.rows.From(city[p + 1]);
+  const float weight = s.Weight(p);
+  float bound = s.BoundA();
+  const auto pass = [&](std::int32_t begin, std::int32_t end) {
+    for (std::int32_t q = begin; q < end; ++q) {
+      if (!(weight - fromA(city[q]) + edge[q] - fromB(city[q + 1]) > bound)) continue;
+      TryPair(s, p, q);
+      bound = s.BoundA();
+    }
+  };
+  pass(1, p - 1);
+  pass(p + 2, s.tour.n + 1);
 }
 
 // Case A of two edges, p the one that is longer than its added edge: the added edge joins the front cities
 // of both, p being the earlier edge, or the rear cities, p being the later one.
 template <class Rows>
 void PairsFrom(Search<Rows>& s, std::int32_t p) {
-  const auto& city = s.tour.city;
+  const City* const city = s.tour.city.data();
+  const std::int32_t* const at = s.tour.at.data();
   const City a = city[p], b = city[p + 1];
   const float weight = s.Weight(p), limit = weight - s.BoundA() / 2;
+  if (!s.three && (IsFar(s, a, limit) || IsFar(s, b, limit))) return PairsWithAll(s, p);
   if (s.Nearest(a) < limit) {
     const NearCities near = Within(s, a, limit, s.within1);
+    const auto fromB = s.rows.From(b);
     for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
-      const std::int32_t q = s.tour.at[near.city[m]];
+      const std::int32_t q = at[near.city[m]];
       if (q <= p + 1) continue;
-      if (weight - near.length[m] + s.Weight(q) - s.rows(b, city[q + 1]) > s.BoundA()) TryPair(s, p, q);
+      if (weight - near.length[m] + s.Weight(q) - fromB(city[q + 1]) > s.BoundA()) TryPair(s, p, q);
     }
   }
   if (s.Nearest(b) < limit) {
     const NearCities near = Within(s, b, limit, s.within1);
+    const auto fromA = s.rows.From(a);
     for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
-      const std::int32_t q = s.tour.at[near.city[m]] - 1;
+      const std::int32_t q = at[near.city[m]] - 1;
       if (q < 1 || q + 1 >= p) continue;
-      if (weight - near.length[m] + s.Weight(q) - s.rows(a, city[q]) > s.BoundA()) TryPair(s, q, p);
+      if (weight - near.length[m] + s.Weight(q) - fromA(city[q]) > s.BoundA()) TryPair(s, q, p);
     }
   }
 }
@@ -157,17 +179,20 @@ void PairsFrom(Search<Rows>& s, std::int32_t p) {
 template <class Rows>
 void PairsWithLongest(Search<Rows>& s) {
   const std::int32_t p = s.top.place[1];
-  const float limit = s.top.length[2] - s.BoundB();
-  for (const bool rear : {false, true}) {
-    const City from = s.tour.city[rear ? p + 1 : p];
-    if (!(s.Nearest(from) < limit)) continue;
-    const NearCities near = Within(s, from, limit, s.within1);
-    for (std::int32_t m = 0; m < near.count && near.length[m] < limit; ++m) {
-      const std::int32_t at = s.tour.at[near.city[m]];
-      const std::int32_t q = !rear ? at : at == 1 ? s.tour.n : at - 1;
-      if (s.tour.edge[q] - near.length[m] > s.BoundB()) TryPair(s, p, q);
+  const City* const city = s.tour.city.data();
+  const float* const edge = s.tour.edge.data();
+  const auto fromA = s.rows.From(city[p]), fromB = s.rows.From(city[p + 1]);
+  float bound = s.BoundB();
+  if (std::min(s.Nearest(city[p]), s.Nearest(city[p + 1])) >= s.top.length[2] - bound) return;
+  const auto pass = [&](std::int32_t begin, std::int32_t end) {
+    for (std::int32_t q = begin; q < end; ++q) {
+      if (!(edge[q] - std::min(fromA(city[q]), fromB(city[q + 1])) > bound)) continue;
+      TryPair(s, p, q);
+      bound = s.BoundB();
     }
-  }
+  };
+  pass(1, p - 1);
+  pass(p + 2, s.tour.n + 1);
 }
 
 // Positions of the edges above the limit, longest first.
@@ -305,6 +330,23 @@ void TriplesBesideLongest(Search<Rows>& s) {
   }
 }
 
+// The positions, but the top edges, at which an added edge can be so short that they start a ring of `count`
+// removed edges in case A.
+template <class Rows, class Visit>
+void ForEachStart(const Search<Rows>& s, int count, Visit visit) {
+  const City* const city = s.tour.city.data();
+  const float* const edge = s.tour.edge.data();
+  float front = s.Nearest(city[1]), share = s.BoundA() / static_cast<float>(count);
+  for (std::int32_t p = 1; p <= s.tour.n; ++p) {
+    const float rear = s.Nearest(city[p + 1]);
+    if (std::min(front, rear) < edge[p] - share && !IsTop(s.top, p)) {
+      visit(p);
+      share = s.BoundA() / static_cast<float>(count);
+    }
+    front = rear;
+  }
+}
+
 }  // namespace
 
 template <class Rows>
@@ -320,16 +362,12 @@ Move SearchPathMove(const Rows& rows, const Distances& d, const Tour& tour, bool
   for (int slot = 1; slot <= 4; ++slot) PairsFrom(s, s.top.place[slot]);
   PairsWithLongest(s);
   PairsBesideLongest(s);
-  for (std::int32_t p = 1; p <= tour.n; ++p) {
-    if (MayGain(s, p, 2) && !IsTop(s.top, p)) PairsFrom(s, p);
-  }
+  ForEachStart(s, 2, [&s](std::int32_t p) { PairsFrom(s, p); });
   if (!three) return s.move;
   TriplesWithLongest(s);
   TriplesBesideLongest(s);
   for (int slot = 1; slot <= 4; ++slot) TriplesFrom(s, s.top.place[slot]);
-  for (std::int32_t p = 1; p <= tour.n; ++p) {
-    if (MayGain(s, p, 3) && !IsTop(s.top, p)) TriplesFrom(s, p);
-  }
+  ForEachStart(s, 3, [&s](std::int32_t p) { TriplesFrom(s, p); });
   return s.move;
 }
 

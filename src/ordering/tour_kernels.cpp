@@ -18,9 +18,10 @@ std::uint64_t Mix(std::uint64_t x) {  // the finisher of the splitmix64 generato
   return x ^ (x >> 31U);
 }
 
-TourHash HashOf(const SeenTours& seen, const Tour& tour) {
+// The sum over the edges at positions first to last.
+TourHash HashOf(const SeenTours& seen, const Tour& tour, std::int32_t first, std::int32_t last) {
   TourHash hash{0, 0};
-  for (std::int32_t p = 1; p <= tour.n; ++p) {
+  for (std::int32_t p = first; p <= last; ++p) {
     const auto& front = seen.weights[tour.city[p]];
     const auto& rear = seen.weights[tour.city[p + 1]];
     hash.first += front[0] * rear[1];
@@ -74,8 +75,8 @@ bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, 
   // an exact kernel starts from a length that is rounded in the order of the given tour.
   const bool remembers = kernel.judge != Judge::Exact;
   seen.passed.clear();
+  TourHash hash = HashOf(seen, work, 1, work.n);
   for (; moves < limit; ++moves) {
-    const TourHash hash = HashOf(seen, work);
     if (remembers && moves < allowed / 2 && !circles) {
       const bool met = seen.seen.contains(hash);
       if (met) seen.seen.insert(seen.passed.begin(), seen.passed.end());
@@ -93,7 +94,10 @@ bool RunKernel(const Rows& rows, const Distances& d, Kernel kernel, City* tour, 
     }
     const Move move = BestMove(rows, d, kernel, work, length);
     if (!(move.gain > kSmallestGain)) break;
+    const TourHash before = HashOf(seen, work, move.i, move.k);
     ApplyMove(rows, move, work);
+    const TourHash after = HashOf(seen, work, move.i, move.k);
+    hash = {hash.first + after.first - before.first, hash.second + after.second - before.second};
     length = move.pathLength;
   }
   if (remembers && moves < allowed / 2 && !circles) seen.seen.insert(seen.passed.begin(), seen.passed.end());
