@@ -80,13 +80,6 @@ void Widen(std::string_view name, int32_t k, int32_t stride, int32_t* out) {
   }
 }
 
-}  // namespace
-
-std::string_view FileText(const int32_t* length, const char* text) {
-  const std::string_view name(text, static_cast<std::size_t>(std::max(*length, 0)));
-  return platform::WithoutTrailingBlanks(name);
-}
-
 Check LoadForCheck(project::Module module, int32_t moduleCode, std::string_view fileName) {
   const CheckWords& words = WordsOf(kCheckWords, module);
   Check check{module, fileName, platform::IsConnected(words.logName), 0};
@@ -108,6 +101,13 @@ void EndIfFailed(Check& check, int32_t* Status) {
   }
   CloseLog(check);
   project::ReleaseStore(check.module);
+}
+
+}  // namespace
+
+std::string_view FileText(const int32_t* length, const char* text) {
+  const std::string_view name(text, static_cast<std::size_t>(std::max(*length, 0)));
+  return platform::WithoutTrailingBlanks(name);
 }
 
 Check BeginCheck(project::Module module, int32_t moduleCode, std::string_view fileName, int32_t* Status) {

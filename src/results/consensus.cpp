@@ -85,13 +85,18 @@ void FillDistances(const std::vector<MapPlaces>& maps, std::size_t rows, float* 
   }
 }
 
+// The rows of a column of the caller's tables.
+std::size_t Stride(const ConsensusTables& tables) {
+  return static_cast<std::size_t>(std::max(tables.rows, 0));
+}
+
 // The maps that both have a column for.
 std::size_t Columns(const Consensus& consensus, const ConsensusTables& tables) {
   return std::min(consensus.maps.size(), static_cast<std::size_t>(std::max(tables.columns, 0)));
 }
 
 void FillPositions(const Consensus& consensus, std::size_t rows, const ConsensusTables& tables) {
-  const auto stride = static_cast<std::size_t>(tables.rows);
+  const std::size_t stride = Stride(tables);
   const std::size_t columns = Columns(consensus, tables);
   std::size_t pair = 0;  // from 0: of row i and the row before it
   for (std::size_t i = 0; i < rows; ++i) {
@@ -125,9 +130,8 @@ void BuildConsensus(const project::ProjectBlock& block, std::int32_t log, std::i
 }
 
 std::int32_t FillTables(const Consensus& consensus, const ConsensusTables& tables) {
-  const std::size_t rows =
-      std::min(consensus.names.size(), static_cast<std::size_t>(std::max(tables.rows, 0)));
-  const auto stride = static_cast<std::size_t>(std::max(tables.rows, 0));
+  const std::size_t stride = Stride(tables);
+  const std::size_t rows = std::min(consensus.names.size(), stride);
   std::copy_n(consensus.mapCount.begin(), rows, tables.mapCount);
   for (std::size_t i = 0; i < rows; ++i) {
     tables.mapIndex[i] = static_cast<std::int32_t>(i) + 1;

@@ -284,6 +284,9 @@ TEST(CheckErrorBin, HandsOutNamesAnchorsAndMissingShares) {
   EXPECT_EQ(o.anchors, (std::vector<int32_t>{0, 2, 1, kUntouched, kUntouched}));
   EXPECT_EQ(o.names[1], 0xe9) << "bytes are widened without sign";
   EXPECT_EQ(o.names[4], 0xff);
+  WriteFile("thirds.bin", "7\n1\n1\n1\n3\nM1 A X B\nM1 0\n");
+  const float third = 1.0F / 3.0F;
+  EXPECT_EQ(CheckBin(102, "thirds.bin", 1).missing[0], third * 100.0F) << "divided first, in 32 bits";
 
   const Outcome refused = CheckBin(20, "f2.bin", 3);
   EXPECT_EQ(refused.status, 100);

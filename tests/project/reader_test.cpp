@@ -82,8 +82,10 @@ TEST(ReadTokens, TakesItemsByTheRulesOfTheList) {
       {"a quote inside a token is text", "a'b 1 2 3 A B", "a'b |1|2|3|A B ; (end)"},
       {"an empty quoted text", "'' 1 2 3 A B", "    |1|2|3|A B ; (end)"},
       {"a quote without end", "'ab 1 2 3 A B\nnext", "failed"},
-      {"something behind the closing quote", "'ab'c 1 2 3 A B", "failed"},
+      {"something behind the closing quote", "'ab'1 2 3 A B", "failed"},
       {"a quoted number is none", "ab '1' 2 3 A B", "failed"},
+      {"nor is a quoted real", "ab 1 '2' 3 A B", "failed"},
+      {"nor one of a row of reals", "ab 1 2 '3' A B", "failed"},
       {"a semicolon parts nothing", "a;b 1 2 3 A B", "a;b |1|2|3|A B ; (end)"},
       {"an exclamation mark is not special", "!a 1 2 3 A !", "!a  |1|2|3|A ! ; (end)"},
       {"a point where an integer belongs", "ab 1.0 2 3 A B", "failed"},
@@ -117,14 +119,16 @@ TEST(ReadTokens, TablesGrowWithTheTokens) {
   std::vector<int32_t> integers;
   EXPECT_NE(ReadTokens(kUnit, {IntegerItems(integers, 2000000000)}), 0);
   EXPECT_EQ(std::vector<int32_t>(integers.begin(), integers.begin() + 2), (std::vector<int32_t>{7, 7}));
+  Open("'7'\n");
+  EXPECT_NE(ReadTokens(kUnit, {IntegerItems(integers, 1)}), 0) << "a quoted number is none";
   platform::CloseUnit(kUnit);
 }
 
 TEST(ReadTokens, NullCellsKeepTheRowBefore) {
   const ScratchFolder folder;
-  Open("A B C\nH,,2*\n*,/\n");
+  Open("A B C\nH,,2*\n*,/\n,Q , R\n");
   std::string cells;
-  for (const char* expected : {"A B C ", "H B C ", "* B C "}) {
+  for (const char* expected : {"A B C ", "H B C ", "* B C ", "* Q R "}) {
     ASSERT_EQ(ReadTokens(kUnit, {CellItems(cells, 2, 3)}), 0);
     EXPECT_EQ(cells, expected);
   }
@@ -166,6 +170,7 @@ TEST(ParseReal, TakesTheUsualDecimalForms) {
       {"1.", true, 1.0F},
       {"1e-3", true, 1e-3F},
       {"2.5D+2", true, 250.0F},
+      {"1d2", true, 100.0F},
       {"0.1", true, 0.1F},
       {"-100.0001", true, -100.0001F},
       {"1e39", true, infinity},

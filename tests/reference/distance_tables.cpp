@@ -87,6 +87,8 @@ float Entry(TableKind kind, Random& random) {
       return Below(random, 3) == 0 ? 0.0F : Unit(random);
     case TableKind::Sentinels:
       return Below(random, 3) == 0 ? 1000.0F : static_cast<float>(Below(random, 40)) * 0.5F;
+    case TableKind::Tenths:
+      return 0.1F * static_cast<float>(Below(random, 12));
     case TableKind::Mixed:
       return std::exp(12 * Unit(random) - 6);
     case TableKind::Huge:

@@ -8,8 +8,8 @@
 // Distance tables for tests and timings of the ordering, as pair arrays in the order of PairIndex.
 namespace reference {
 
-// The crosses have 200 lines: markers 1 to 2 cM apart, or (Dense) any number of them on 150 cM. Huge goes up
-// to 2^127; Undefined holds infinities, NaN and negative numbers.
+// The crosses have 200 lines: markers 1 to 2 cM apart, or (Dense) any number of them on 150 cM. Sums of
+// Tenths tie but for rounding; Huge goes up to 2^127; Undefined holds infinities, NaN and negative numbers.
 enum class TableKind {
   DoubledHaploid,
   F2,
@@ -19,11 +19,12 @@ enum class TableKind {
   Integers,
   Zeros,
   Sentinels,
+  Tenths,
   Mixed,
   Huge,
   Undefined
 };
-inline constexpr int kTableKinds = 11;
+inline constexpr int kTableKinds = 12;
 
 std::vector<float> MakeTable(TableKind kind, std::int32_t n, std::mt19937& random);
 

@@ -61,11 +61,11 @@ const std::vector<PlainMap> kMaps = {{{"a", "b", "c", "d"}, {0, 4, 10, 11}}, {{"
 
 TEST(Consensus, PreReadSumsTheMapsAndSaysBin) {
   const ScratchFolder folder;
-  WriteFile("in.cmp", CmpFile(kMaps));
+  WriteFile("in.cmp", "1\n2" + CmpFile(kMaps).substr(3));
   const int32_t length = 6;
   int32_t type = 0, unit = 0, maps = 0, markers = 0, status = 5;
   CMPFINDNUMMARKERS(&length, "in.cmp", &type, &unit, &maps, &markers, &status);
-  EXPECT_EQ((std::vector<int32_t>{type, unit, maps, markers, status}), (std::vector<int32_t>{2, 1, 2, 7, 5}));
+  EXPECT_EQ((std::vector<int32_t>{type, unit, maps, markers, status}), (std::vector<int32_t>{1, 2, 2, 7, 5}));
   EXPECT_EQ(ReadFile("CMP.log"), "--DLL BINFindNumMarkers run successfully!\n");
   EXPECT_FALSE(platform::IsConnected(100));
 
@@ -113,6 +113,12 @@ TEST(Consensus, TablesStandColumnAfterColumnAndTheOrderGoesToTheDefaultFile) {
   const Tables fewer = Check(CmpFile(kMaps), 2, 3);
   EXPECT_EQ(fewer.anchorInfo, (std::vector<int32_t>{2, 1, 2})) << "the first N rows";
   EXPECT_EQ(fewer.distance, (std::vector<float>{4, 9, 6, -7, -7, -7}));
+
+  platform::OpenUnit(100, "CMP.log", platform::OpenStatus::Replace);
+  Check(CmpFile(kMaps), 2, 7);
+  EXPECT_TRUE(platform::IsConnected("CMP.log")) << "open before, open behind";
+  platform::CloseUnit(100);
+  EXPECT_NE(ReadFile("CMP.log").find("ErrorCMP run successfully!\n AnchorOrder"), std::string::npos);
 }
 
 TEST(Consensus, NoCommonMarkerIsAReport) {
@@ -123,6 +129,17 @@ TEST(Consensus, NoCommonMarkerIsAReport) {
   EXPECT_EQ(ReadFile("CMP.log"), "No common markers are found on all maps!\n");
   EXPECT_EQ(t.order, std::vector<int32_t>(12, -7));
   EXPECT_FALSE(platform::IsConnected(100));
+}
+
+TEST(Consensus, ADistanceIsTheMeanIn32BitsFromTheFirstMapToTheLast) {
+  const ScratchFolder folder;
+  const Tables t = Check(
+      CmpFile(
+          {{{"a", "b", "c"}, {0, 1, 16777216}}, {{"a", "b", "c"}, {0, 1, 1}}, {{"a", "c", "b"}, {0, 1, 3}}}),
+      3, 3);
+  const float sum = 5, maps = 3;
+  EXPECT_EQ(t.distance[0], sum / maps) << "a quotient, not a product with a third";
+  EXPECT_EQ(t.distance[1], 16777216 / maps) << "each 1 behind the first map is lost";
 }
 
 TEST(Consensus, EqualsThePlainTables) {

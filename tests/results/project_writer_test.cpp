@@ -80,7 +80,7 @@ TEST(MapOutput, TheEnginesTakeTheFilesOnceTheTraitsAreFilledIn) {
 
 TEST(MapOutput, WritesWhatItHasAfterAnError) {
   const ScratchFolder folder;
-  const Map map = {{3}, {2, 9, 1}, {0.0F, 1.0F, 2.0F}};
+  const Map map = {{2}, {2, 9, 1}, {0.0F, 1.0F, 2.0F}};  // a place more than the chromosome has
   WriteFile("bad.map", "7\n1\n2\n3\n3\nM1 A H B\nM2 A Q H\nM3 A A A\n");
   Output("bad.map", "bad", map);
   EXPECT_EQ(ReadFile("fort.100"),
@@ -94,10 +94,17 @@ TEST(MapOutput, WritesWhatItHasAfterAnError) {
                       blanks + "  A H B\n\n")
       << "marker 2 as far as it was coded, nothing of marker 9, which was not read";
   // The header fails: later readers do not run, and nothing is known of the markers.
-  WriteFile("worse.map", "7\n8\n2\n3\n2000000000\n");
+  platform::CloseUnit(100);
+  WriteFile("worse.map", "21\n8\n2\n3\n2000000000\n");
   Output("worse.map", "worse", map);
-  EXPECT_NE(ReadFile("worse.met").find("         8  !Mapping Function"), std::string::npos);
+  EXPECT_NE(ReadFile("worse.met").find("        21  !Mapping Population"), std::string::npos);
   EXPECT_NE(ReadFile("worse.met").find("         0  !Population size"), std::string::npos);
+  WriteFile("sizeless.map", "7\n1\n2\n1\n-5\nM1\n");
+  Output("sizeless.map", "sizeless", map);
+  EXPECT_EQ(ReadFile("fort.100"),
+            "--Input error: Population Type out of range!\n  Population Type =       21\n"
+            "--Input error: Population Size out of range!\n  Population Size =       -5\n");
+  EXPECT_EQ(ReadFile("sizeless.met").find("M1"), std::string::npos);
 }
 
 }  // namespace

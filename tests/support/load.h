@@ -14,6 +14,8 @@ namespace support {
 // The log's text, or "good". The store keeps what was loaded, until the next load of the module.
 inline std::string Load(project::Module module, int32_t moduleCode, const std::string& text) {
   project::ReleaseStore(module);
+  std::filesystem::remove("in.txt");  // new files cost the file system less than ones cut to nothing
+  std::filesystem::remove("load.log");
   WriteFile("in.txt", text);
   platform::OpenUnit(project::kLogUnit, "load.log", platform::OpenStatus::Replace);
   int32_t status = 0;
