@@ -87,7 +87,7 @@ inline void CurvesAt(const R& r, Curves<R>& c) {
   }
 }
 
-// Frequency (or a derivative) of one shown class from the curves.
+// Frequency of one shown class from the curves.
 template <class R, size_t kIndex, size_t kClass, size_t kFrom = 0>
 inline R Fold(const R* curve) {
   constexpr Shown kShown = kLayout[kIndex].shown[kClass];
@@ -107,6 +107,13 @@ inline R Fold(const R* curve) {
       return term;
     }
   }
+}
+
+// A derivative of one shown class from those of the curves.
+template <class R, size_t kIndex, size_t kClass>
+inline R FoldSlope(const R* curve) {
+  constexpr Shown kShown = kLayout[kIndex].shown[kClass];
+  return kShown.against ? -curve[kShown.curve] : curve[kShown.curve];
 }
 
 // Runs body<class>() for the classes of a layout in order.
@@ -146,20 +153,23 @@ inline R F3DominantRecessiveSecond(const R* counts, const R& r) {
          (counts[2] / (f * f)) * ((6.0f * r - 4.0f) * f - g * g) + (w + e * p) * counts[1] / (p * p);
 }
 
-// First and second derivative of the natural-log likelihood, the second cell by cell as P''/P - (P'/P)^2.
+// First and second derivative of the natural-log likelihood, the second as the sum of P''/P less that of
+// (P'/P)^2: near a bound the first sum can cancel, and the step of Newton's method must not become 0/0 then.
 template <class R, int32_t kPopulation, size_t kIndex>
 inline void Derivatives(const R* counts, const R& r, R& first, R& second) {
   Curves<R> c;
   CurvesAt<R, kPopulation>(r, c);
   first = R{};
-  second = R{};
+  R bend{}, squares{};
   EachClass<kIndex>([&](auto shown) {
     constexpr size_t kClass = decltype(shown)::value;
     const R inverse = 1.0f / Fold<R, kIndex, kClass>(c.p);
-    const R slope = Fold<R, kIndex, kClass>(c.d) * inverse;
+    const R slope = FoldSlope<R, kIndex, kClass>(c.d) * inverse;
     first = first + counts[kClass] * slope;
-    second = second + counts[kClass] * (Fold<R, kIndex, kClass>(c.e) * inverse - slope * slope);
+    bend = bend + counts[kClass] * (FoldSlope<R, kIndex, kClass>(c.e) * inverse);
+    squares = squares + counts[kClass] * (slope * slope);
   });
+  second = bend - squares;
   if constexpr (kPopulation == 8 && kLayout[kIndex].code == 1210) {
     second = F3DominantRecessiveSecond<R>(counts, r);
   }
