@@ -16,7 +16,7 @@
 namespace platform {
 namespace {
 
-using OutputFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 struct FileUnit {
   std::string name;
@@ -30,7 +30,8 @@ struct FileUnit {
   std::size_t lastNext = 0;   // 0 before the first read
   bool pastEnd = false;       // a read has met the end of the file
   bool flushRecords = false;  // a default file: nobody closes it, so each record is written out at once
-  OutputFile out{nullptr, &std::fclose};
+  OpenFile in{nullptr, &std::fclose};  // held while connected, or its inode could go to a new file
+  OpenFile out{nullptr, &std::fclose};
 };
 
 // Process-wide: the unit table. Destroying it at the end of the process writes out what is still open.
@@ -96,22 +97,22 @@ void ReadWhole(FileUnit& unit) {
   if (!S_ISREG(status.st_mode)) {
     FatalFile("cannot open", unit.name, "not a regular file");
   }
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(unit.name.c_str(), "rb"),
-                                                             &std::fclose);
-  if (!file) {
+  unit.in.reset(std::fopen(unit.name.c_str(), "rb"));
+  std::FILE* const file = unit.in.get();
+  if (file == nullptr) {
     FatalFile("cannot open", unit.name, std::strerror(errno));
   }
-  KeepIdentity(unit, file.get());
+  KeepIdentity(unit, file);
   // To the end, wherever that is by now: the size may be that of a file that still grows.
   constexpr std::size_t kGrowth = 65536;
   const auto size = static_cast<std::size_t>(status.st_size);
   unit.text.reserve(size + 1);
   AdviseLargePages(unit.text);
   std::size_t got = 0;
-  while (std::feof(file.get()) == 0) {
+  while (std::feof(file) == 0) {
     unit.text.resize(got < size ? size + 1 : got + kGrowth);
-    got += std::fread(unit.text.data() + got, 1, unit.text.size() - got, file.get());
-    if (std::ferror(file.get()) != 0) {
+    got += std::fread(unit.text.data() + got, 1, unit.text.size() - got, file);
+    if (std::ferror(file) != 0) {
       FatalFile("cannot read", unit.name, std::strerror(errno));
     }
   }
@@ -134,9 +135,11 @@ FileUnit& Connected(int32_t unit) {
   return found->second;
 }
 
-void RefuseFileInUse(const std::string& name) {
+// Two units may read one file; a file that is written has one unit.
+void RefuseFileInUse(const std::string& name, OpenStatus status) {
   for (const auto& [number, connected] : Units()) {
-    if (IsFileOf(connected, name)) {
+    const bool bothRead = status == OpenStatus::Old && !connected.out;
+    if (!bothRead && IsFileOf(connected, name)) {
       FatalFile("cannot open", name, "it is in use already");
     }
   }
@@ -145,7 +148,7 @@ void RefuseFileInUse(const std::string& name) {
 FileUnit& ConnectDefaultFile(int32_t number) {
   FileUnit unit;
   unit.name = "fort." + std::to_string(number);
-  RefuseFileInUse(unit.name);
+  RefuseFileInUse(unit.name, OpenStatus::Replace);
   unit.flushRecords = true;
   OpenForWriting(unit);
   return Units().emplace(number, std::move(unit)).first->second;
@@ -157,7 +160,7 @@ void OpenUnit(int32_t number, std::string_view name, OpenStatus status) {
   CloseUnit(number);
   FileUnit unit;
   unit.name = SystemName(name);
-  RefuseFileInUse(unit.name);
+  RefuseFileInUse(unit.name, status);
   if (status == OpenStatus::Old) {
     ReadWhole(unit);
   } else {

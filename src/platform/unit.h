@@ -18,7 +18,7 @@ enum class OpenStatus {
 };
 
 // Connects a file. A unit that has another file is closed first. A file that cannot be opened, that is no
-// regular file, or that another unit is connected to ends the process.
+// regular file, or that another unit is connected to (unless both read it) ends the process.
 void OpenUnit(int32_t unit, std::string_view name, OpenStatus status);
 
 // Closes a unit; one without a file is left alone. Output that cannot be written out ends the process.

@@ -105,6 +105,22 @@ TEST(Unit, AConnectedFileIsKnownFromAnyFolderAndByAnyName) {
   EXPECT_FALSE(IsConnected("MAP.log"));
 }
 
+TEST(Unit, AnInputLeftOpenIsInNobodysWay) {
+  const ScratchFolder folder;
+  WriteFile("left.txt", "a\n");
+  OpenUnit(102, "left.txt", OpenStatus::Old);
+  OpenUnit(101, "left.txt", OpenStatus::Old);  // two units may read one file
+  CloseUnit(101);
+  std::filesystem::remove("left.txt");
+  for (const char* name : {"new.txt", "newer.txt"}) {  // the first would get the inode if it were free
+    WriteFile(name, "b\n");
+    EXPECT_FALSE(IsConnected(name));
+    OpenUnit(101, name, OpenStatus::Replace);
+    CloseUnit(101);
+  }
+  CloseUnit(102);
+}
+
 TEST(UnitDeathTest, WhatGoesWrongInAFileEndsTheProcessWithOneLine) {
   const ScratchFolder folder;
   WriteFile("in.txt", "a\n");

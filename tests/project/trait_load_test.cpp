@@ -70,7 +70,7 @@ TEST(Chromosomes, Reports) {
       {"a chromosome without markers", Sdl(2, 1, "C1 2\nC2 0\n", good, abc),
        Report("Number of Markers out of range!",
               {"  ChromID, Number of Markers = " + Integer8(2) + Integer8(0)})},
-      {"an interval row", Sdl(1, 1, names, "a 1 0\nb 1 x\nc 2 0\n", abc),
+      {"an interval row, with the chromosome that is due", Sdl(1, 1, names, "a 1 0\nb 7 x\nc 2 0\n", abc),
        Report("cannot read marker name and interval!",
               {"  ChromID, MarkerID = " + Integer8(1) + Integer8(2)})},
       {"a position row, with the chromosome as the row had it",
@@ -78,6 +78,8 @@ TEST(Chromosomes, Reports) {
        Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(7) + Integer8(2)})},
       {"or as the row before left it", Sdl(2, 1, names, "a 1 0\nb x 5\nc 2 0\n", abc),
        Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(1) + Integer8(2)})},
+      {"also one of the chromosome before", Sdl(2, 1, names, "a 1 0\nb 1 5\nc x 0\n", abc),
+       Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(1) + Integer8(1)})},
       {"or nothing yet", Sdl(2, 1, names, "a x 0\n", abc),
        Report("cannot read marker name and position!", {"ChromID, MarkerID =" + Integer8(0) + Integer8(1)})},
       {"nulls keep the row before: name and count",
@@ -105,6 +107,9 @@ TEST(Chromosomes, Reports) {
        falls},
       {"a marker too many shifts all behind it", Sdl(2, 1, names, good, {"a", "x", "b"}),
        disagree(1, 2, "b", "x") + disagree(2, 3, "c", "b")},
+      {"names agree over 35 characters",
+       Sdl(2, 1, "C1 1\n", std::string(34, 'n') + "x 1 0\n", {std::string(34, 'n') + "y"}),
+       disagree(1, 1, std::string(34, 'n') + "x", std::string(34, 'n') + "y")},
       {"too few genotype rows", Sdl(2, 1, names, good, {"a", "b"}),
        Report("cannot read MarkerType!", {"  MarkerID = " + Integer8(3)})},
       {"huge counts take no memory", Sdl(2, 1, "C1 2000000000\n", "a 1 0\n", {}),
@@ -137,6 +142,22 @@ TEST(Chromosomes, IntervalsAreSummedFirstThenMorganScaled) {
     EXPECT_EQ(Store(Module::Sdl).Chromosome.items[0].Position, c.positions);
     EXPECT_EQ(Store(Module::Sdl).TotalMarkers, 3);
   }
+  EXPECT_NE(Load(Module::Sdl, Sdl(2, 1, "C1 2\n", "a 1 5\nb 1 4\n", {"a", "b"})), "good");
+  EXPECT_EQ(Store(Module::Sdl).TotalMarkers, 3) << "as the load before left it when positions fall";
+}
+
+TEST(Chromosomes, NamesMustDifferInEveryModuleOfOneMap) {
+  const ScratchFolder folder;
+  const std::pair<Module, const char*> headers[] = {
+      {Module::Bip, "1\n4\n1\n2\n1\n1\n2\n1\n"},   {Module::Met, "4\n1\n2\n1\n1\n2\n1\n"},
+      {Module::Nam, "4\n1\n2\n1\n1\n1\n1\nf 2\n"}, {Module::Sdl, "4\n1\n2\n1\n1\n2\n"},
+      {Module::Cdq, "1\n1\n2\n1\n1\n2\n1\n"},      {Module::Plq, "1\n1\n2\n1\n1\n2\n1\n"},
+  };
+  for (const auto& [module, header] : headers) {
+    EXPECT_TRUE(Load(module, header + std::string("C1 2\na 1 0\na 1 1\n"))
+                    .starts_with("--Input error: two markers have same name on linkage maps!\n"))
+        << header;
+  }
 }
 
 const char kMap[] =
@@ -161,10 +182,10 @@ TEST(Phenotypes, TextualMarksSwitchTheMeaningOfMinus100ForGood) {
   EXPECT_EQ(values("t1 -100 5\n", 1), (std::vector<float>{-100, 5})) << "and in every later file";
   EXPECT_EQ(values("t1 '12,5' '7/8'\nt2 '2*5' ','\n", 2), (std::vector<float>{12, 7, 5, 0}))
       << "a quoted value is read as a list of its own";
-  EXPECT_EQ(values("t1 12345678901234567890.5 1\n", 1)[0], 12345678901234567890.0F) << "cut at 20 characters";
+  EXPECT_EQ(values("t1 1234567890123456789012 1\n", 1)[0], 12345678901234567890.0F) << "cut at 20 characters";
   EXPECT_EQ(values("t1 1 2\n,, 3\n", 2), (std::vector<float>{1, 2, 1, 3})) << "nulls keep the row before";
   EXPECT_EQ(Text(Store(Module::Cdq).TraitName.items[1]), Short("t1"));
-  EXPECT_EQ(values("t1 na 'NA '\n", 1), (std::vector<float>{missing, missing}));
+  EXPECT_EQ(values("t1 na 'NA '\nt2 * 1\n", 2), (std::vector<float>{missing, missing, missing, 1}));
 }
 
 TEST(Phenotypes, Reports) {
@@ -196,8 +217,9 @@ TEST(Families, SizesMakeThePopulation) {
   EXPECT_EQ(Store(Module::Nam).Header.PopulationSize, 2);
   EXPECT_EQ(Load(Module::Nam, file("f1 1\n,,\n")), "good") << "nulls keep the row before";
   EXPECT_EQ(Store(Module::Nam).Header.PopulationSize, 2);
-  EXPECT_EQ(Load(Module::Nam, file("f1 1\nf2 0\n")),
-            Report("family size out of range!", {"  FamilyID, Family Size = " + Integer8(2) + Integer8(0)}));
+  EXPECT_EQ(Load(Module::Nam, file("f1 0\nf2 -1\n")),
+            Report("family size out of range!", {"  FamilyID, Family Size = " + Integer8(1) + Integer8(0)}))
+      << "the first alone";
   EXPECT_EQ(Load(Module::Nam, file("f1 1\nf2 x\n")),
             Report("cannot read family name, and family size!", {"  FamliyID = " + Integer8(2)}));
   EXPECT_EQ(Load(Module::Nam, file("f1 2000000000\nf2 2000000000\n")),
@@ -260,6 +282,10 @@ TEST(TraitSimulation, Reports) {
        Report("cannot read lower triangular matrix of QTL effects!", {trait})},
       {"the indicator", "0\n0\n-\nx\n",
        Report("cannot read the indicator for heritability (1) or error variance (2)!", {trait})},
+      {"a remark ahead of it is none", "0\n0\n-\n!\n1\n0.5\n1\n",
+       Report("cannot read the indicator for heritability (1) or error variance (2)!", {trait})},
+      {"nor ahead of its value", "0\n0\n-\n1\n!\n0.5\n1\n",
+       Report("cannot read heritability or error variance!", {trait})},
       {"its value", "0\n0\n-\n1\nx\n", Report("cannot read heritability or error variance!", {trait})},
       {"the mean", "0\n0\n-\n1\n0.5\n", Report("cannot read the overall mean of phenotype!", {trait})},
       {"good", "0\n0\n-\n1\n0.5\n1\n", "good"},
@@ -286,7 +312,9 @@ TEST(Lines, Values) {
   EXPECT_EQ(Text(Store(Module::Csl).TraitName.items[1]), Short("t1")) << "a null keeps the row before";
   EXPECT_EQ(Store(Module::Csl).Phenotype.items[3], 1.0F);
   EXPECT_EQ(Store(Module::Csl).Phenotype.items[5], 3.0F);
-  EXPECT_EQ(Load(Module::Csl, head + "t1 1 2 3\nt1r2 4 5 6\nt2 7 8 9\nt2r2 1 NA 1\n"),
+  const std::string types = "!types\nm1 A B X\nm2 B A A\n",
+                    rows = "r 1 2 3\nr 4 5 6\nr 7 8 9\nr 1 1 1\nr 1 1 1\n";
+  EXPECT_EQ(Load(Module::Csl, "1\n2\n3\n2\n2\n2\n" + types + rows + "r 1 NA 1\n"),
             Report("cannot read trait values!",
                    {"  TraitID, EnvID, RepID" + Integer8(2) + Integer8(1) + Integer8(2)}));
 }
@@ -319,8 +347,9 @@ TEST(Lines, SimulationAndWhatFollowsFromIt) {
       {"a number that is only claimed", "2000000000 10 0.8\n1 3\n0.5\n",
        Report("cannot read the locations of QTL!", {})},
       {"no QTL at all", "0 10 0.8\n\n\n", "good"},
-      {"the last of two alike wins, also where a slash leaves it out", "2 10 0.8\n2 2\n0.5/\n", "good"},
-      {"locations below 1 load and have no effect", "3 10 0.8\n0 -5 2\n1 1 1\n", "good"},
+      {"effects that a slash leaves out", "2 10 0.8\n2 2\n0.5/\n", "good"},
+      {"locations below 1 have no effect, the last of two alike wins", "4 10 0.8\n0 -5 2 2\n1 1 7 1\n",
+       "good"},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(Load(Module::Csl, head + c.block), c.log) << c.rule;
