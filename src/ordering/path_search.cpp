@@ -127,6 +127,13 @@ bool IsFar(const Search<Rows>& s, City c, float limit) {
   return s.Nearest(c) < limit && limit > s.d.reach[c];
 }
 
+// The positions of one to n that are no neighbours of p.
+template <class Visit>
+void EachOther(std::int32_t n, std::int32_t p, Visit visit) {
+  for (std::int32_t q = 1; q < p - 1; ++q) visit(q);
+  for (std::int32_t q = p + 2; q <= n; ++q) visit(q);
+}
+
 // Case A of two edges, edge p with every other: dearer than lists of near cities, cheaper than making such.
 template <class Rows>
 void PairsWithAll(Search<Rows>& s, std::int32_t p) {
@@ -135,15 +142,11 @@ void PairsWithAll(Search<Rows>& s, std::int32_t p) {
   const auto fromA = s.rows.From(city[p]), fromB = s.rows.From(city[p + 1]);
   const float weight = s.Weight(p);
   float bound = s.BoundA();
-  const auto pass = [&](std::int32_t begin, std::int32_t end) {
-    for (std::int32_t q = begin; q < end; ++q) {
-      if (!(weight - fromA(city[q]) + edge[q] - fromB(city[q + 1]) > bound)) continue;
-      TryPair(s, p, q);
-      bound = s.BoundA();
-    }
-  };
-  pass(1, p - 1);
-  pass(p + 2, s.tour.n + 1);
+  EachOther(s.tour.n, p, [&](std::int32_t q) {
+    if (!(weight - fromA(city[q]) + edge[q] - fromB(city[q + 1]) > bound)) return;
+    TryPair(s, p, q);
+    bound = s.BoundA();
+  });
 }
 
 // Case A of two edges, p the one that is longer than its added edge: the added edge joins the front cities
@@ -184,15 +187,11 @@ void PairsWithLongest(Search<Rows>& s) {
   const auto fromA = s.rows.From(city[p]), fromB = s.rows.From(city[p + 1]);
   float bound = s.BoundB();
   if (std::min(s.Nearest(city[p]), s.Nearest(city[p + 1])) >= s.top.length[2] - bound) return;
-  const auto pass = [&](std::int32_t begin, std::int32_t end) {
-    for (std::int32_t q = begin; q < end; ++q) {
-      if (!(edge[q] - std::min(fromA(city[q]), fromB(city[q + 1])) > bound)) continue;
-      TryPair(s, p, q);
-      bound = s.BoundB();
-    }
-  };
-  pass(1, p - 1);
-  pass(p + 2, s.tour.n + 1);
+  EachOther(s.tour.n, p, [&](std::int32_t q) {
+    if (!(edge[q] - std::min(fromA(city[q]), fromB(city[q + 1])) > bound)) return;
+    TryPair(s, p, q);
+    bound = s.BoundB();
+  });
 }
 
 // Positions of the edges above the limit, longest first.
