@@ -169,7 +169,7 @@ TESSARMONT_EXPORT void CHECKERRORCDM(
 
 /* CHECKERRORPLM: reads doubled haploids or inbred lines of four or eight parents, tests each marker's
  * segregation and estimates every pair. Arguments 3 to 10 as in CHECKERRORMAP, N from PLMFINDNUMMARKERS.
- *   CountA .. CountX  out  int32[N]   individuals per letter
+ *   CountA .. CountX  out  int32[N]   individuals per letter; of four parents, 0 for E to H
  *   SegregationChi, SegregationP  out real32[N]  chi-square test; not a number without observations
  *   MarkerCategory    out  int32[N]   the parents' alleles, a decimal digit a parent
  *   PairRec, PairLOD, PairDistance  out real32[P]  as in CHECKERRORMAP, PairRec 0 to 0.5 */

@@ -44,7 +44,9 @@ void ComputeMultiParentMarkers(const Genotypes& data, const MultiParentMarkerRes
     for (const char letter : letters) ++seen[static_cast<unsigned char>(letter)];
     std::array<int32_t, kParentLetters> count{};
     for (size_t k = 0; k < kParentLetters; ++k) {
-      count[k] = seen[static_cast<unsigned char>(kLetters[k])];
+      // a letter beyond the parents passes the load of a row, but is nobody's
+      const bool known = k < static_cast<size_t>(parents) || kLetters[k] == 'X';
+      count[k] = known ? seen[static_cast<unsigned char>(kLetters[k])] : 0;
       results.count[k][m] = count[k];
     }
     TestPattern(parents, data.category[m], count, results.chi[m], results.p[m]);
