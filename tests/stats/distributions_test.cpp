@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <boost/math/distributions/chi_squared.hpp>
+#include <boost/math/distributions/normal.hpp>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -23,11 +25,17 @@ TEST(Chidf, AgreesWithTheExactFunctionOnAGrid) {
   }
 }
 
+// The formula with the normal distribution of another library, its bounds at 5 and -18.8 included; and how
+// far that is from the exact function.
 TEST(Chidf, NormalApproximationAboveSixtyFive) {
-  for (const float df : {65.5f, 100.0f, 400.0f}) {
-    const boost::math::chi_squared exact(static_cast<double>(df));
-    for (float x = df * 0.3f; x < df * 2; x *= 1.02f) {
-      EXPECT_NEAR(stats::CHIDF(x, df), boost::math::cdf(exact, static_cast<double>(x)), 3e-4)
+  for (const double df : {65.5, 66.0, 100.0, 400.0, 5000.0}) {
+    const double h = 2 / (9 * df);
+    for (float x = 2; x < 3 * static_cast<float>(df); x *= 1.003f) {
+      const double z = (std::cbrt(static_cast<double>(x) / df) - 1 + h) / std::sqrt(h);
+      const double p = z > 5 ? 1 : z < -18.8055 ? 0 : boost::math::cdf(boost::math::normal(), z);
+      const double given = stats::CHIDF(x, static_cast<float>(df));
+      ASSERT_NEAR(given, p, 6e-8 * p + 1e-44) << x << " " << df;
+      ASSERT_NEAR(given, boost::math::cdf(boost::math::chi_squared(df), static_cast<double>(x)), 3e-4)
           << x << " " << df;
     }
   }
@@ -53,7 +61,9 @@ TEST(Chidf, Clamps) {
   };
   for (const auto& one : cases) EXPECT_EQ(stats::CHIDF(one.x, one.df), one.expected) << one.rule;
   EXPECT_TRUE(std::isnan(stats::CHIDF(nan, 1)));
-  EXPECT_GT(stats::CHIDF(1.99f, 25.0f), 0.0f);
+  for (const auto& [x, df] : {std::pair(1.99f, 25.0f), {2.0f, 26.0f}, {2.0f, 66.0f}, {1.1e-12f, 0.5f}}) {
+    EXPECT_GT(stats::CHIDF(x, df), 0.0f) << x << " " << df;
+  }
 }
 
 TEST(ChidfDeathTest, TooFewDegreesOfFreedom) {

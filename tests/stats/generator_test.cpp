@@ -10,6 +10,8 @@
 
 namespace {
 
+const stats::GeneratorState kAtStart = stats::SaveGenerator();  // of the process, before any test draws
+
 // The two streams with 64-bit products, as independent of the 32-bit steps.
 TEST(Generator, DrawsTheCombinedSequence) {
   stats::RestoreGenerator({2147483562, 2147483398});
@@ -26,6 +28,11 @@ TEST(Generator, DrawsTheCombinedSequence) {
     sum += static_cast<double>(drawn);
   }
   EXPECT_NEAR(sum / 20000, 0.5, 0.01);
+  EXPECT_EQ(kAtStart.first, 2147483562);
+  EXPECT_EQ(kAtStart.second, 2147483398);
+  // The states whose next step is 1 in both streams: their difference of 0 counts as the largest.
+  stats::RestoreGenerator({2082061899, 1481316021});
+  EXPECT_EQ(stats::UniformDraw(), 1);
 }
 
 TEST(Generator, SavedStateComesBack) {

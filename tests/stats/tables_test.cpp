@@ -154,13 +154,14 @@ TEST(Svd, RebuildsTablesOfEveryKind) {
                                                {3, 5}, {20, 20}, {60, 7}, {7, 60}};
   for (const auto& [m, n] : sizes) {
     const std::string size = std::to_string(m) + "x" + std::to_string(n) + " ";
-    Matrix full = stats::MakeMatrix(m, n), flat = full, doubled = full, sparse = full;
+    Matrix full = stats::MakeMatrix(m, n), flat = full, doubled = full, sparse = full, graded = full;
     for (int32_t i = 1; i <= m; ++i) {
       for (int32_t j = 1; j <= n; ++j) {
         At(full, i, j) = normal(random);
         At(flat, i, j) = static_cast<float>(i * j);  // rank 1
         At(doubled, i, j) =
             static_cast<float>((i + j) % 2 == 0 ? i : -i) + static_cast<float>(j % 2);  // rank 2
+        At(graded, i, j) = normal(random) * std::pow(0.05F, static_cast<float>(j));
         At(sparse, i, j) = i == j && i % 2 == 0 ? 3.0F : 0.0F;  // empty rows and columns
       }
     }
@@ -168,6 +169,7 @@ TEST(Svd, RebuildsTablesOfEveryKind) {
     ExpectDecomposition(flat, size + "rank 1");
     ExpectDecomposition(doubled, size + "rank 2");
     ExpectDecomposition(sparse, size + "sparse");
+    ExpectDecomposition(graded, size + "graded");
     ExpectDecomposition(stats::MakeMatrix(m, n), size + "zero");
     for (const float scale : {1e36F, 1e-36F, 1e-43F}) {
       Matrix scaled = full;

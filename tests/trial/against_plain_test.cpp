@@ -33,6 +33,7 @@ constexpr Kind kKinds[] = {
     {"one genotype in one block", 3, 1, 1, 2, 20, 10, 0, 0, 1.0F},
     {"one cell", 1, 1, 1, 2, 8, 10, 0, 0, 1.0F},
     {"huge values", 3, 5, 3, 2, 0, 10, 0, 0, 1e19F},
+    {"squares of which every digit is written", 4, 5, 3, 2, 0, 10, 5, 10, 1e3F},
     {"tiny values", 3, 5, 3, 2, 0, 10, 0, 0, 1e-25F},
 };
 

@@ -88,7 +88,7 @@ TEST(TrialTable, PlainRowsAreWhatTheTokenReadMakesOfThem) {
       " 0.1", " 16777215", " 1677721.7", " 99999999", " .5",
       " 7.",  " -0",       " +4",        " 1e3",      " abcdefghijklmnopqrstuv",
       " a",   ",",         "/",          " 'q r'",    " 3*1",
-      " *",   " x,y",      " 5/"};
+      " *",   " x,y",      " 5/",        " .",        " -."};
   std::mt19937 random(3);
   std::string text;
   std::vector<std::pair<std::array<Name, 3>, std::array<float, 2>>> taken;
@@ -173,6 +173,9 @@ TEST(TrialTable, TheTwoMarksAreNeverMerged) {
   EXPECT_EQ(low.MaxValue, std::numeric_limits<float>::lowest());
   EXPECT_EQ(low.MinValue, std::numeric_limits<float>::max());
   EXPECT_TRUE(std::isnan(low.GrandMean));
+  const TrialTrait beside = Read("e g b y\nE A 1 -9998.999\nE B 1 -100.00001\n", 2, 4).Trait[0];
+  EXPECT_EQ(beside.NumGenotypes, 2) << "a step beside a mark is a value";
+  EXPECT_EQ(beside.MaxValue, -100.00001F);
 }
 
 // Environment E has blocks 1, 2, 3, of which 2 has no data: its block means are those of the first two
