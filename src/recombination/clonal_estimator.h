@@ -273,12 +273,6 @@ inline void FindDistances(Distances missing, int32_t mappingFunction, ClonalAnsw
 }
 
 template <class R>
-inline R LoadReals(const float* from) {
-  R value;
-  std::memcpy(&value, from, sizeof value);
-  return value;
-}
-template <class R>
 inline R LoadCounts(const int32_t* from) {
   Mask<R> whole;
   std::memcpy(&whole, from, sizeof whole);
@@ -327,9 +321,9 @@ inline void EstimateVectors(const ClonalLaneJob& job, size_t from) {
     const size_t at = from + run * kLanes<R>;
     for (size_t k = 0; k < kMostCounts; ++k) counts[run][k] = LoadCounts<R>(job.counts + k * job.stride + at);
     for (size_t k = 0; k < 2; ++k) {
-      x[run].rec[k] = LoadReals<R>(job.rec[k] + at);
-      x[run].lod[k] = LoadReals<R>(job.lod[k] + at);
-      x[run].distance[k] = LoadReals<R>(job.distance[k] + at);
+      x[run].rec[k] = LoadLanes<R>(job.rec[k] + at);
+      x[run].lod[k] = LoadLanes<R>(job.lod[k] + at);
+      x[run].distance[k] = LoadLanes<R>(job.distance[k] + at);
     }
   }
   FindByNewton<R, kRuns>(job.model, counts, x, found);

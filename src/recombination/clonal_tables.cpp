@@ -144,7 +144,7 @@ void FillOneParent(Loop& loop, const CaseRow& row, size_t at, size_t parent, Sto
   FindParent(loop, at, count, parent, loop.counts, row.lines, 1);
   float* lod = loop.columns.lod[parent].data() + at;
   for (size_t t = 0; t < count; t += kLanes<Float4>) {
-    const Float4 found = LoadReals<Float4>(lod + t);
+    const Float4 found = LoadLanes<Float4>(lod + t);
     StoreReals<Float4>(lod + t, Select<Float4>(found < 0.0f, Float4{}, found));
   }
   part.rec[parent] = loop.columns.rec[parent].data() + at;

@@ -105,7 +105,7 @@ TEST(Placing, SumsIntervalsAndKeepsGapsOutOfTheLength) {
   EXPECT_EQ(group.gaps, 1);
 }
 
-// Rows at LOD 1, 2, 3, ...: sizes of the groups, of ten markers.
+// Rows at LOD 1, 2, 3, ...: sizes of the groups; the first row has every marker.
 TEST(Sweep, ACutBelowASteadierRunIsToldOf) {
   using Sizes = std::vector<std::vector<int32_t>>;
   const struct {
@@ -123,6 +123,7 @@ TEST(Sweep, ACutBelowASteadierRunIsToldOf) {
       {"a run no longer than its own", {{10}, {10}, {5, 5}, {5, 5}, {4, 4, 2}}, 1, 2, {}},
       {"the longest of several", {{10}, {6, 4}, {6, 4}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 2, {{4, 6}}},
       {"groups that fall apart", {{10}, {5, 3}, {5, 3}, {5, 3}}, 1, 2, {}},
+      {"fewer groups, for longer", {{20, 18, 2}, {20, 18}, {20, 18}, {20, 18}}, 1, 2, {}},
       {"small groups do not count", {{8, 2}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 3, {{2, 4}}},
       {"markers in small groups stand alone", {{10}, {4, 4, 2}, {4, 4, 2}, {4, 4, 2}}, 1, 3, {}},
       {"no row", {}, 3, 2, {}},
@@ -131,7 +132,9 @@ TEST(Sweep, ACutBelowASteadierRunIsToldOf) {
     SCOPED_TRACE(test.what);
     std::vector<SweepRow> rows;
     for (const auto& sizes : test.sizes) {
-      const int32_t single = 10 - std::accumulate(sizes.begin(), sizes.end(), 0);
+      const auto& all = test.sizes.front();
+      const int32_t single =
+          std::accumulate(all.begin(), all.end(), 0) - std::accumulate(sizes.begin(), sizes.end(), 0);
       rows.push_back({static_cast<float>(rows.size() + 1), sizes, single});
     }
     const auto found = SteadierRange(rows, test.lod, test.minGroup);

@@ -71,6 +71,26 @@ TEST(PathSearch, FindsTheMoveOfTheFullScan) {
   }
 }
 
+// A run is known by every tour that it passes through, the last one too, which is hashed move by move.
+TEST(Kernels, ARunEndsWhereAnotherHasEnded) {
+  std::mt19937 random(5);
+  for (const bool three : {false, true}) {
+    const ordering::Kernel kernel{ordering::Judge::Path, three};
+    const std::int32_t n = 40;
+    const std::vector<float> table = MakeTable(TableKind::Uniform, n, random);
+    const ordering::Distances d = ordering::PrepareDistances(n, table.data());
+    const ordering::DenseRows rows{d.dense.data(), static_cast<std::size_t>(n)};
+    ordering::SeenTours seen = ordering::EmptySeenTours(n);
+    ordering::Tour work;
+    std::vector<City> tour = RandomTour(n, random);
+    ASSERT_TRUE(ordering::RunKernel(rows, d, kernel, tour.data(), work, seen));
+    ASSERT_GT(seen.seen.size(), 10U);
+    EXPECT_FALSE(ordering::RunKernel(rows, d, kernel, tour.data(), work, seen));
+    std::vector<City> other = RandomTour(n, random);
+    EXPECT_TRUE(ordering::RunKernel(rows, d, kernel, other.data(), work, seen));
+  }
+}
+
 // Crossing 1-2 and 3-4 over makes the closed tour longer, but by an edge that the cut takes out.
 TEST(Kernels, ThePathKernelSeesWhatTheClosedTourHides) {
   const std::vector<float> table = {10, 1, 1, 1, 100, 10};
